@@ -17,8 +17,8 @@
 
 #include "co.h"
 
-// Encoding codes. Code 0 is accepted wherever a code is, and is treated as CZ_KEYBCS2, and so
-// is any code outside 0-4 (with the one exception of a source code 2, see cz_convert).
+// Encoding codes. Code 0 is accepted wherever a code is and is treated as CZ_KEYBCS2; so is any
+// code outside 0-4. Nothing in this module produces code 0.
 //   1 KEYBCS2  the Kamenický brothers' code page (code page 895)  name "KEYBCS2"
 //   2 LATIN2   IBM code page 852                                  name "LATIN2"
 //   3 WINDOWS  Windows-1250                                       name "CP1250"
@@ -44,8 +44,9 @@ extern const unsigned char cz_letters_win[CZ_LETTER_ROWS][4];
 // letters á Á é É í Í ó Ó ú Ú ý Ý č Č ď Ď ě Ě ň Ň ř Ř š Š ť Ť ů Ů ž Ž ĺ Ĺ ľ Ľ ô Ô in this order.
 // Rows are searched in order, first match wins. The bytes are those of the published code
 // pages, with one departure in cz_letters_kbcs: the Ô row holds the letter 0x9C and the
-// lower-case 0x8C (Ľ and ľ), so 0x9C is always Ľ and the real KEYBCS2 Ô (0xA7) is in no row:
-// cz_strip_kbcs never changes it.
+// lower-case 0x8C (Ľ and ľ; its upper-case byte is Ô's own 0xA7), so 0x9C is always Ľ (row 33
+// comes first) and the real KEYBCS2 Ô (0xA7) is in no letter column: cz_strip_kbcs never
+// changes it.
 
 Flag cz_convert(int16_t from, int16_t to, char *text);
 // Converts text in place from encoding `from` to encoding `to`.

@@ -141,7 +141,7 @@ Flag date_next_month(Date *date);
 int16_t date_number(const Date *date);
 // Day number counted from 1 January 1992 (0). Returns 0 for a month outside 1-12 (no report);
 // a year before 1992 or a day outside its month is an internal error and returns 0. The number
-// is 16-bit: dates after 16 September 2081 (day 32767) wrap around.
+// is 16-bit: dates after 17 September 2081 (day 32767) wrap around.
 
 int16_t date_compare(const Date *a, const Date *b);
 // -1 when b is later than a, 1 when b is earlier, 0 when both are the same day. Compares the

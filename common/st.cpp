@@ -186,9 +186,8 @@ int16_t st_collate_label(const char *a, const char *b) {
     return 0;
   }
   size_t i = 0, j = 0;
-  // Keep this: the end of b is tested at a's position. While no mark was skipped in one
-  // string only, i <= j (or i == j), and i moves by at most one per step, so b[i] is always
-  // inside b.
+  // Keep this: the end of b is tested at a's position, not at b's own. i moves by at most one
+  // per step and b[i] is tested before every step, so b is never read past its NUL.
   while (a[i] && b[i]) {
     bool mark_a = a[i] == '&', mark_b = b[j] == '&';
     if (mark_a || mark_b) {
