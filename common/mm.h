@@ -219,7 +219,8 @@ void mm_check_release(void *block, const char *file, int32_t line);
 
 void mm_release(void *block);
 // Gives the block back to the heap without any check or record: in guarded mode the heap block
-// (400 bytes before block), in normal mode block itself. A null block is ignored.
+// (400 bytes before block), in normal mode block itself. A null block is ignored. The watched
+// table is not touched: release a watched block only after mm_check_release (or mm_unwatch).
 
 // ---- Checks and the watched table ------------------------------------------------------------
 
@@ -251,10 +252,12 @@ Flag mm_test_watched(const char *file, int32_t line);
 
 void mm_test_reset(void);
 // Puts the manager back into its state at process start so that one test program can run
-// guarded mode more than once: closes an open log without writing to it, normal mode, guarded
-// mode not yet started, sequence number 0, empty watched table, mm_watch_seq 0xFFFFFFFF, shared
-// records cleared, failure injection off. Does not touch the file layer's statistics (end them
-// with mm_stat_end first). Every block of the previous mode must have been released before.
+// guarded mode more than once: normal mode, guarded mode not yet started, sequence number 0,
+// empty watched table, mm_watch_seq 0xFFFFFFFF, shared records cleared, failure injection off.
+// While guarded mode is on it first ends the file layer's open-file statistics (statistics_end:
+// their table is a guarded block, released and logged as usual), then closes the log without a
+// kind 3 record and without the console message. Every other block of the previous mode must
+// have been released before.
 
 void mm_test_fail_after(int32_t n);
 // Out-of-memory injection: n >= 0 lets the next n heap requests of the manager succeed and makes
