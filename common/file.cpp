@@ -23,6 +23,7 @@ struct FileObject {
   int32_t position;        // modes 9-11
   int32_t length;          // modes 9-11: bytes written (mode 10: memory_size)
   Flag owns_memory;        // output is freed with the object
+  Flag write_error;        // a write has failed and was reported since the open
 };
 
 // ---- Open-file statistics ------------------------------------------------------------------
@@ -81,7 +82,8 @@ void track_close(const char *path, FILE *stream) {
   fflush(statistics_log);
 }
 
-void write_failed(const FileObject *file) {
+void write_failed(FileObject *file) {
+  file->write_error = 1;
   ErrorBoxF("Do souboru %s nelze zapisovat (plný disk?)", file->path);
 }
 
@@ -310,11 +312,13 @@ Flag file_close(FileObject *file, Flag delete_after) {
     return 1;
   }
   if (statistics_on) track_close(file->path, file->stream);
-  Flag ok = 1;
-  if (fclose(file->stream) != 0) {
-    write_failed(file);
-    ok = 0;
-  }
+  // The buffered rest goes out here. Flush explicitly: some runtimes (Wine's among them) do not
+  // report a failed flush from fclose. A failure that was reported already is not told twice.
+  int flushed = fflush(file->stream);
+  int closed = fclose(file->stream);
+  Flag ok = flushed == 0 && closed == 0;
+  if (!ok && !file->write_error) write_failed(file);
+  file->write_error = 0;
   file->stream = nullptr;
   file->mode = 0;
   file->position = 0;

@@ -111,8 +111,9 @@ Flag file_close(FileObject *file, Flag delete_after);
 // Closes the stream, sets the mode to 0, and when delete_after is set deletes the file from
 // disk (a failed delete is not reported). A memory mode is only reset: mode 0, position 0; its
 // buffer and length stay for file_memory and file_size.
-// Returns 1. Returns 0 after "Do souboru %s nelze zapisovat (plný disk?)" when the stream could
-// not flush its last data (the file is closed all the same). A null file or a file that is
+// Returns 1. Returns 0 when the stream could not flush its last data (the file is closed all
+// the same); "Do souboru %s nelze zapisovat (plný disk?)" is shown then, unless a write of this
+// open has already shown it (one fault, one box). A null file or a file that is
 // not open is an internal error: 0. With statistics on the close is logged (see above).
 
 // ---- Blocks --------------------------------------------------------------------------------
