@@ -5,7 +5,7 @@
 # Idempotent: a machine that has everything is left as it is. Must run as root (or with sudo).
 set -u
 
-need_pkgs=(cmake make g++ gcc python3 xauth xvfb x11-utils imagemagick nsis
+need_pkgs=(cmake make g++ gcc python3 xauth xvfb x11-utils imagemagick nsis zlib1g-dev
            g++-mingw-w64-i686 gcc-mingw-w64-i686 libz-mingw-w64-dev
            wine wine64 wine32:i386 libgstreamer-plugins-base1.0-0:i386
            clang-14 libclang-rt-14-dev locales)

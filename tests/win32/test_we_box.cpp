@@ -52,10 +52,37 @@ BOOL CALLBACK visit_child(HWND child, LPARAM param) {
   return TRUE;
 }
 
+// The box of this process with the title: other test programs may show boxes of the same
+// title at the same moment.
+struct Search {
+  const wchar_t *title;
+  HWND found;
+};
+
+BOOL CALLBACK visit_top(HWND window, LPARAM param) {
+  Search *search = (Search *)param;
+  DWORD pid = 0;
+  GetWindowThreadProcessId(window, &pid);
+  wchar_t cls[64], title[256];
+  if (pid != GetCurrentProcessId() || !GetClassNameW(window, cls, 64) || lstrcmpW(cls, L"#32770") != 0)
+    return TRUE;
+  title[0] = 0;
+  SendMessageW(window, WM_GETTEXT, 256, (LPARAM)title);
+  if (lstrcmpW(title, search->title) != 0) return TRUE;
+  search->found = window;
+  return FALSE;
+}
+
+HWND find_box(const wchar_t *title) {
+  Search search = {title, nullptr};
+  EnumWindows(visit_top, (LPARAM)&search);
+  return search.found;
+}
+
 DWORD WINAPI watcher(void *param) {
   Seen *seen = (Seen *)param;
   for (int i = 0; i < 1000 && !seen->box; i++) {
-    seen->box = FindWindowW(L"#32770", seen->title);
+    seen->box = find_box(seen->title);
     if (!seen->box) Sleep(10);
   }
   if (!seen->box) return 1;
