@@ -16,6 +16,8 @@
 
 const char MEDIUM_TITLE_DEFAULT[] = "KORVEX 5";
 
+int16_t (*medium_scan)(const char *directory, MediumScanEntry entry, void *context) = medium_plat_scan;
+
 // ---- Windows-1250 text -----------------------------------------------------------------------
 
 // Unicode of the bytes 0x80-0xFF; 0 where Windows-1250 defines no character.
@@ -416,7 +418,7 @@ static int by_native(const void *a, const void *b) {
 static Flag list_directory(Build *b, const char *path, Listing *l) {
   memset(l, 0, sizeof *l);
   l->build = b;
-  int16_t listed = medium_plat_scan(path, on_entry, l);
+  int16_t listed = medium_scan(path, on_entry, l);
   if (l->too_many) return fail(b, "the tree holds more than %d files", MEDIUM_FILES_MAX);
   if (l->no_memory) return fail(b, "out of memory");
   if (listed != 1) return fail(b, "cannot read the directory %s", path);

@@ -179,6 +179,16 @@ Flag medium_list(const char *path, FILE *out, char *message, size_t size);
 // when fewer records are there than counted ("PATH: the header counts N records, the file
 // holds N"; the records that are there are printed first).
 
+// ---- The lister of the tree --------------------------------------------------------------------
+
+typedef Flag (*MediumScanEntry)(void *context, const char *name, int16_t kind, uint64_t size);
+extern int16_t (*medium_scan)(const char *directory, MediumScanEntry entry, void *context);
+// The lister medium_make reads the source tree with: the platform's own unless a test puts in
+// another one, to feed a tree of any size without making its files. It hands entry every entry
+// of directory but "." and ".." (its native name; kind 1 a file, 2 a directory, 3 anything else;
+// the size of a file in bytes); entry returning 0 stops the listing. Returns 1 when every entry
+// was handed over, 0 when the directory cannot be read, -1 when entry stopped the listing.
+
 // ---- Windows-1250 text -------------------------------------------------------------------------
 
 enum { MEDIUM_TEXT_OK = 0, MEDIUM_TEXT_INVALID = 1, MEDIUM_TEXT_UNMAPPED = 2, MEDIUM_TEXT_TOO_LONG = 3 };
