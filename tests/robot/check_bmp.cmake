@@ -1,0 +1,37 @@
+# Checks a robot snapshot: cmake -DFILE=x.bmp -P check_bmp.cmake. A 24-bit bottom-up BMP whose
+# size fits its width, height and row padding.
+file(SIZE "${FILE}" size)
+file(READ "${FILE}" head LIMIT 54 HEX)
+function(field offset bytes out)
+  math(EXPR start "${offset} * 2")
+  math(EXPR len "${bytes} * 2")
+  string(SUBSTRING "${head}" ${start} ${len} hex)
+  set(value 0)
+  foreach(i RANGE 0 ${bytes})
+    if(i EQUAL bytes)
+      break()
+    endif()
+    math(EXPR at "(${bytes} - 1 - ${i}) * 2")
+    string(SUBSTRING "${hex}" ${at} 2 byte)
+    math(EXPR value "${value} * 256 + 0x${byte}")
+  endforeach()
+  set(${out} ${value} PARENT_SCOPE)
+endfunction()
+string(SUBSTRING "${head}" 0 4 magic)
+field(2 4 file_size)
+field(10 4 offset)
+field(14 4 header)
+field(18 4 width)
+field(22 4 height)
+field(28 2 bits)
+field(30 4 compression)
+math(EXPR stride "(${width} * 3 + 3) / 4 * 4")
+math(EXPR want "54 + ${stride} * ${height}")
+if(NOT magic STREQUAL "424d" OR NOT offset EQUAL 54 OR NOT header EQUAL 40 OR NOT bits EQUAL 24
+   OR NOT compression EQUAL 0 OR NOT file_size EQUAL size OR NOT size EQUAL want
+   OR width LESS 100 OR height LESS 50 OR height GREATER 2000)
+  message(FATAL_ERROR "${FILE}: not the expected 24-bit BMP: magic ${magic}, offset ${offset}, "
+          "header ${header}, ${width}x${height}, ${bits} bits, compression ${compression}, "
+          "size field ${file_size}, file ${size} bytes, ${want} expected")
+endif()
+message(STATUS "${FILE}: ${width}x${height}, 24 bits, ${size} bytes")
