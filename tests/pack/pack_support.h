@@ -1,6 +1,5 @@
-// pack_support.h - what the copy and zip tests share: a ledger of memory blocks read back from
-// the memory manager's guarded-mode log, so a test can tell which blocks an operation took and
-// did not give back (on Windows under Wine as well as on the native build).
+// pack_support.h - shared by the pack tests: a ledger of memory blocks read back from the
+// memory manager's guarded-mode log (native and under Wine), a full device, random data.
 #ifndef KX_TEST_PACK_SUPPORT_H
 #define KX_TEST_PACK_SUPPORT_H
 
@@ -12,68 +11,51 @@
 #include <stdio.h>
 
 #include <map>
-#include <sstream>
+#include <random>
 #include <string>
 #include <vector>
 
 namespace packtest {
 
-// One block request as the log tells it.
-struct Request {
-  std::string name;
-  uint32_t line;
-  uint32_t size;
-  bool granted;
-};
+inline bool is_request(const kxtest::MmLogRecord &r) {
+  return r.kind == MM_KIND_ALLOC || r.kind == MM_KIND_CALLOC || r.kind == MM_KIND_ZALLOC;
+}
 
 // A guarded run in a scratch directory (the current directory while it lives). mark() starts a
-// new account; requests() and live() cover everything after the last mark.
+// new account; requests() and leftovers() cover everything after the last mark.
 class Ledger {
  public:
   Ledger() {
-    mm_test_reset();
     const char *argv[] = {"KORV5.EXE", "$m"};
-    mm_stat_begin(2, argv);
-    mark();
+    mm_test_reset(), mm_stat_begin(2, argv), mark();
   }
-  ~Ledger() {
-    mm_test_fail_after(-1);
-    mm_test_reset();
-  }
+  ~Ledger() { mm_test_fail_after(-1), mm_test_reset(); }
   const kxtest::ScratchDir &dir() const { return dir_; }
-
   void mark() { mm_log("ledger", ++marks_, "mark"); }
 
-  std::vector<Request> requests() const {
-    std::vector<Request> out;
-    for (const kxtest::MmLogRecord &r : since_mark()) {
-      if (r.kind == MM_KIND_ALLOC || r.kind == MM_KIND_CALLOC || r.kind == MM_KIND_ZALLOC)
-        out.push_back(Request{r.name, r.line, r.size, r.address != 0 && r.error == 0});
-    }
-    return out;
+  // The sizes of the blocks asked for, by the given module or (null) by anyone.
+  std::vector<uint32_t> requests(const char *module = nullptr) const {
+    std::vector<uint32_t> sizes;
+    for (const kxtest::MmLogRecord &r : since_mark())
+      if (is_request(r) && (!module || r.name == module)) sizes.push_back(r.size);
+    return sizes;
   }
 
-  // "name:line size" of every block granted since the mark and not released, one per line.
-  std::string live() const {
+  // "name:line size" of every block granted and not given back, then the manager's damage
+  // messages (a write past a block's end shows here); empty when all is well.
+  std::string leftovers() const {
     std::map<uint32_t, std::string> held;
+    std::string damage;
     for (const kxtest::MmLogRecord &r : since_mark()) {
-      if ((r.kind == MM_KIND_ALLOC || r.kind == MM_KIND_CALLOC || r.kind == MM_KIND_ZALLOC) &&
-          r.address != 0 && r.error == 0)
-        held[r.address] = r.name + ":" + std::to_string(r.line) + " " + std::to_string(r.size);
+      if (is_request(r) && r.address != 0 && r.error == 0)
+        held[r.address] = r.name + ":" + std::to_string(r.line) + " " + std::to_string(r.size) + "\n";
       else if (r.kind == MM_KIND_FREE && r.address != 0)
         held.erase(r.address);
+      if (r.kind == MM_KIND_LOG || (r.kind == MM_KIND_FREE && r.error)) damage += r.text.text + "\n";
     }
     std::string text;
-    for (const auto &h : held) text += h.second + "\n";
-    return text;
-  }
-
-  // The manager's damage messages since the mark (a write past a block's end shows here).
-  std::string damage() const {
-    std::string text;
-    for (const kxtest::MmLogRecord &r : since_mark())
-      if (r.kind == MM_KIND_LOG || (r.kind == MM_KIND_FREE && r.error)) text += r.text.text + "\n";
-    return text;
+    for (const auto &h : held) text += h.second;
+    return text + damage;
   }
 
  private:
@@ -84,10 +66,9 @@ class Ledger {
       ADD_FAILURE() << "memory log: " << error;
       return {};
     }
-    for (size_t i = all.size(); i-- > 0;) {
+    for (size_t i = all.size(); i-- > 0;)
       if (all[i].kind == MM_KIND_LOG && all[i].name == "ledger" && all[i].line == (uint32_t)marks_)
         return std::vector<kxtest::MmLogRecord>(all.begin() + (long)i + 1, all.end());
-    }
     ADD_FAILURE() << "no ledger mark in the memory log";
     return {};
   }
@@ -96,9 +77,8 @@ class Ledger {
   int32_t marks_ = 0;
 };
 
-// A device that takes no bytes: /dev/full on Linux; under Wine the same device through the Z:
-// drive, when the prefix maps it and a write to it fails. Null when there is none (the tests
-// that need it are then skipped).
+// A device that takes no bytes (/dev/full; under Wine the same through the Z: drive), or null
+// when there is none or a write to it does not fail.
 inline const char *full_device() {
 #ifdef KX_WIN32
   const char *path = "Z:\\dev\\full";
@@ -110,6 +90,13 @@ inline const char *full_device() {
   bool full = fputc('x', f) == EOF || fflush(f) != 0;
   fclose(f);
   return full ? path : nullptr;
+}
+
+inline std::string random_bytes(size_t n, unsigned seed) {
+  std::mt19937 gen(seed);
+  std::string s(n, '\0');
+  for (char &c : s) c = (char)(gen() & 0xFF);
+  return s;
 }
 
 }  // namespace packtest

@@ -1,15 +1,12 @@
 // Function table: registration, look-up, status changes, descriptors and PFU_LIST.PFU.
 #include "win/pfu.h"
 
-#include "common/mm.h"
-#include "tests/support/kxtest.h"
-#include "tests/support/mmbin.h"
+#include "tests/pack/pack_support.h"
 
 #include <gtest/gtest.h>
 #include <string.h>
 
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -40,9 +37,12 @@ FunctionRecord fn(int32_t id, const char *name = nullptr, int16_t type = 1, uint
   return FunctionRecord{id, 0, 0, type, 7, 0, twice, name, key};
 }
 bool is_fault(const kxtest::Box &b) { return kxtest::internal_error_line(b, "pfu") > 0; }
+std::string not_found(int id) { return "Funkce (id=" + std::to_string(id) + ") není v žádné tabulce funkcí"; }
 
+// Each test runs in guarded memory mode: every block the module takes must come back.
 class Pfu : public ::testing::Test {
  protected:
+  packtest::Ledger ledger;
   FunctionTable *table = nullptr;
   void SetUp() override {
     menu_texts.clear(), help_texts.clear(), refreshed.clear();
@@ -52,6 +52,7 @@ class Pfu : public ::testing::Test {
   }
   void TearDown() override {
     EXPECT_EQ(1, pfu_destroy(&table));
+    EXPECT_EQ("", ledger.leftovers());
     pfu_set_text_source(nullptr);
     pfu_set_status_refresh(nullptr);
   }
@@ -72,12 +73,11 @@ TEST_F(Pfu, RegistersHundredTablesAndFindsTheFirstRecord) {
   EXPECT_EQ(150, FunctionCount(table));
   boxes.clear();
   EXPECT_EQ(nullptr, FindFunction(table, 1100));
-  EXPECT_EQ("Funkce (id=1100) není v žádné tabulce funkcí", boxes.only().text);
-  EXPECT_EQ(WE_TITLE_ERROR, boxes.only().title);
+  EXPECT_TRUE(boxes.only().text == not_found(1100) && boxes.only().title == WE_TITLE_ERROR) << boxes.dump();
   boxes.clear();
   EXPECT_EQ(0, FunctionStatus(table, -7));  // the caller's fault: message, then internal error
   ASSERT_EQ(2u, boxes.count()) << boxes.dump();
-  EXPECT_EQ("Funkce (id=-7) není v žádné tabulce funkcí", boxes.boxes()[0].text);
+  EXPECT_EQ(not_found(-7), boxes.boxes()[0].text);
   EXPECT_TRUE(is_fault(boxes.boxes()[1]));
 }
 
@@ -93,22 +93,19 @@ TEST_F(Pfu, ResolvesKeyPlaceholdersFromTheMenuLetter) {
       /* 7 */ {nullptr, 29999, 0, 0},
       /* 8 */ {"&Jiný", 0x1234, 0x1234, 0x1234},
   };
+  std::vector<FunctionRecord> t[2];
   for (int tagged = 0; tagged < 2; tagged++) {
-    FunctionRecord t[KX_COUNT(rows) + 1];
-    FunctionTable *own = nullptr;
-    ASSERT_EQ(1, pfu_create(&own));
-    for (int32_t i = 0; i < (int32_t)KX_COUNT(rows); i++) {
-      t[i] = fn(500 + i, nullptr, 1, rows[i].key);
-      if (rows[i].menu) menu_texts[500 + i] = rows[i].menu;
+    for (int32_t i = 0, id = 100 * tagged + 10; i < (int32_t)KX_COUNT(rows); i++, id++) {
+      t[tagged].push_back(fn(id, nullptr, 1, rows[i].key));
+      if (rows[i].menu) menu_texts[id] = rows[i].menu;
     }
-    t[KX_COUNT(rows)] = END;
+    t[tagged].push_back(END);
     if (tagged) pfu_set_key_conversions(tag_plain, tag_second);
-    EXPECT_EQ(1, pfu_register(own, t));
+    EXPECT_EQ(1, pfu_register(table, t[tagged].data()));
     pfu_set_key_conversions(nullptr, nullptr);
     for (size_t i = 0; i < KX_COUNT(rows); i++)
-      EXPECT_EQ(tagged ? rows[i].want_tagged : rows[i].want_default, t[i].key)
-          << "row " << i << (tagged ? " tagged" : " default") << " got 0x" << std::hex << t[i].key;
-    pfu_destroy(&own);
+      EXPECT_EQ(tagged ? rows[i].want_tagged : rows[i].want_default, t[tagged][i].key)
+          << "row " << i << (tagged ? " tagged" : " default") << " got 0x" << std::hex << t[tagged][i].key;
   }
 }
 
@@ -130,17 +127,15 @@ TEST_F(Pfu, SetsStatusBitsInTheirOrder) {
       /* 13 */ {0x0040, 0x0120, 0x0100, true},
       /* 14 */ {0x0004, 0x0081, 0x0080, true},
   };
-  for (size_t i = 0; i < KX_COUNT(rows); i++) {
-    FunctionRecord t[] = {fn(9), END};
-    t[0].status = rows[i].initial;
-    FunctionTable *own = nullptr;
-    pfu_create(&own);
-    pfu_register(own, t);
+  FunctionRecord t[KX_COUNT(rows) + 1];
+  for (int32_t i = 0; i < (int32_t)KX_COUNT(rows); i++) t[i] = fn(100 + i), t[i].status = rows[i].initial;
+  t[KX_COUNT(rows)] = END;
+  pfu_register(table, t);
+  for (int32_t i = 0; i < (int32_t)KX_COUNT(rows); i++) {
     refreshed.clear();
-    EXPECT_EQ(1, SetFunctionStatus(own, 0, 9, rows[i].bits)) << "row " << i;
-    EXPECT_EQ(rows[i].want, t[0].status) << "row " << i << " got 0x" << std::hex << t[0].status;
+    EXPECT_EQ(1, SetFunctionStatus(table, 0, 100 + i, rows[i].bits)) << "row " << i;
+    EXPECT_EQ(rows[i].want, t[i].status) << "row " << i << " got 0x" << std::hex << t[i].status;
     EXPECT_EQ(rows[i].change ? 1u : 0u, refreshed.size()) << "row " << i;
-    pfu_destroy(&own);
   }
 }
 
@@ -164,7 +159,7 @@ TEST_F(Pfu, StatusChangeReachesEveryTableAndGuardsInvocation) {
   }
   EXPECT_EQ(0u, boxes.count()) << boxes.dump();
   EXPECT_EQ(0, InvokeFunction(table, 6, 4));
-  EXPECT_EQ("Funkce (id=4) není v žádné tabulce funkcí", boxes.only().text);
+  EXPECT_EQ(not_found(4), boxes.only().text);
   boxes.clear();
   EXPECT_EQ(0, SetFunctionStatus(table, 0, 77, 0x0001));
   EXPECT_EQ("Změna statu funkce (id=77) - není v žádné tabulce funkcí", boxes.only().text);
@@ -197,34 +192,24 @@ TEST_F(Pfu, FillsDescriptorFields) {
   d.status = 0x0010, d.config_name = nullptr;
   BoxRecorder boxes;
   ASSERT_EQ(1, FillDescriptor(table, nullptr, &rec, &d));
-  EXPECT_EQ(0u, boxes.count()) << boxes.dump();
-  EXPECT_EQ(40, d.id);
+  EXPECT_TRUE(d.id == 40 && d.options == 3 && d.type == 0x0101 && d.help_code == 123 && d.link == 0 &&
+              d.handler == twice);
   EXPECT_EQ(0x0035, d.status);  // the descriptor's own 0x0010 stays
-  EXPECT_EQ(0x0003, d.options);
-  EXPECT_EQ(0x0101, d.type);
-  EXPECT_EQ(123u, d.help_code);
-  EXPECT_EQ(0u, d.link);
-  EXPECT_EQ(twice, d.handler);
-  EXPECT_EQ('T', d.key);  // from the menu text
+  EXPECT_EQ('T', d.key);         // from the menu text
   EXPECT_STREQ("tisk", d.config_name);
   EXPECT_NE(rec.config_name, d.config_name);
   rec.status = 0x0010, d.status = 0, rec.key = 0x77;
   FillDescriptor(table, nullptr, &rec, &d);
-  EXPECT_EQ(0, d.status);  // the record's 0x0010 is not taken
-  EXPECT_EQ(0x77, d.key);
-
-  const char *first = d.config_name;  // the copy is kept while the new name fits
-  rec.config_name = "tis";
-  FillDescriptor(table, nullptr, &rec, &d);
-  EXPECT_EQ(first, d.config_name);
-  EXPECT_STREQ("tis", d.config_name);
-  rec.config_name = "tisk_vse";
-  FillDescriptor(table, nullptr, &rec, &d);
-  EXPECT_STREQ("tisk_vse", d.config_name);
-  rec.config_name = nullptr;
-  FillDescriptor(table, nullptr, &rec, &d);
-  EXPECT_EQ(nullptr, d.config_name);
-
+  EXPECT_TRUE(d.status == 0 && d.key == 0x77) << d.status << " " << d.key;  // the record's 0x0010 is not taken
+  // The name copy is kept while a new name fits, replaced by a longer one, freed for none.
+  const char *first = d.config_name, *names[] = {"tis", "tisk_vse", nullptr};
+  for (const char *name : names) {
+    rec.config_name = name;
+    FillDescriptor(table, nullptr, &rec, &d);
+    EXPECT_STREQ(name, d.config_name);
+    EXPECT_TRUE(name != names[0] || d.config_name == first) << "the fitting copy was replaced";
+  }
+  EXPECT_EQ(0u, boxes.count()) << boxes.dump();
   rec.link = 0x5000;  // link and handler: fault, link dropped
   EXPECT_EQ(1, FillDescriptor(table, nullptr, &rec, &d));
   EXPECT_EQ(0u, d.link);
@@ -251,7 +236,7 @@ TEST_F(Pfu, FillsDescriptorArraysAndByName) {
   BoxRecorder boxes;
   EXPECT_EQ(1, FillDescriptors(table, nullptr, d));
   ASSERT_EQ(2u, boxes.count()) << boxes.dump();
-  EXPECT_EQ("Funkce (id=99) není v žádné tabulce funkcí", boxes.boxes()[0].text);
+  EXPECT_EQ(not_found(99), boxes.boxes()[0].text);
   EXPECT_TRUE(is_fault(boxes.boxes()[1]));
   EXPECT_EQ('B', d[0].key);
   EXPECT_STREQ("dva", d[0].config_name);
@@ -269,9 +254,9 @@ TEST_F(Pfu, FillsDescriptorArraysAndByName) {
 }
 
 TEST_F(Pfu, WritesTheFunctionListExactly) {
-  kxtest::ScratchDir dir;
+  const std::string list = ledger.dir().file("PFU_LIST.PFU");
   EXPECT_EQ(1, WriteFunctionList(table));  // no tables
-  EXPECT_EQ("KONEC" + NL, kxtest::read_bytes(dir.file("PFU_LIST.PFU")));
+  EXPECT_EQ("KONEC" + NL, kxtest::read_bytes(list));
 
   menu_texts = {{101, "&Soubor"}, {102, "Skrytá"}, {104, "&Řez"}, {105, ""}, {201, "Konec"}};
   help_texts = {{101, "Práce se soubory"}, {201, "Ukončí program"}};
@@ -292,65 +277,39 @@ TEST_F(Pfu, WritesTheFunctionListExactly) {
                            "TEXT     : Konec", "HELP     : Ukončí program", "CONFIG   : konec",
                            "HELP_CODE: 7", "FT_TYPE  : 0x0010", " ", "KONEC"})
     want += line + NL;
-  EXPECT_EQ(want, kxtest::read_bytes(dir.file("PFU_LIST.PFU")));
+  EXPECT_EQ(want, kxtest::read_bytes(list));
 
   pfu_set_text_source(nullptr);  // no text source: nothing is listed
   EXPECT_EQ(1, WriteFunctionList(table));
-  EXPECT_EQ("KONEC" + NL, kxtest::read_bytes(dir.file("PFU_LIST.PFU")));
+  EXPECT_EQ("KONEC" + NL, kxtest::read_bytes(list));
 }
 
 TEST_F(Pfu, CutsListLinesAt250Characters) {
-  kxtest::ScratchDir dir;
   const size_t lengths[] = {238, 239, 240, 1030};  // lines of 249, 250, 251 and 1041 characters
-  std::string names[KX_COUNT(lengths)];
-  FunctionRecord t[KX_COUNT(lengths) + 1];
+  std::string names[KX_COUNT(lengths)], want;
+  std::vector<FunctionRecord> t;
   for (int32_t i = 0; i < (int32_t)KX_COUNT(lengths); i++) {
     names[i] = menu_texts[i + 1] = help_texts[i + 1] = kxtest::pattern_text(lengths[i]);
-    t[i] = fn(i + 1, names[i].c_str());
+    t.push_back(fn(i + 1, names[i].c_str()));
+    const std::string cut = names[i].substr(0, 239);
+    want += "ID_CODE  : " + std::to_string(i + 1) + NL + "TEXT     : " + cut + NL + "HELP     : " + cut + NL +
+            "CONFIG   : " + cut + NL + "HELP_CODE: 7" + NL + "FT_TYPE  : 0x0001" + NL + " " + NL;
   }
-  t[KX_COUNT(lengths)] = END;
-  pfu_register(table, t);
+  t.push_back(END);
+  pfu_register(table, t.data());
   ASSERT_EQ(1, WriteFunctionList(table));
-  std::string file = kxtest::read_bytes(dir.file("PFU_LIST.PFU")), want;
-  for (size_t i = 0; i < KX_COUNT(lengths); i++) {
-    std::string cut = names[i].substr(0, 239);
-    want += "ID_CODE  : " + std::to_string(i + 1) + NL + "TEXT     : " + cut + NL +
-            "HELP     : " + cut + NL + "CONFIG   : " + cut + NL + "HELP_CODE: 7" + NL +
-            "FT_TYPE  : 0x0001" + NL + " " + NL;
-  }
-  EXPECT_EQ(want + "KONEC" + NL, file);
+  EXPECT_EQ(want + "KONEC" + NL, kxtest::read_bytes(ledger.dir().file("PFU_LIST.PFU")));
 }
 
-// Every block the module takes in a guarded run is given back, the replaced name copy too.
-TEST(PfuMemory, GivesBackEveryBlock) {
-  kxtest::ScratchDir dir;
-  mm_test_reset();
-  const char *argv[] = {"KORV5.EXE", "$m"};
-  mm_stat_begin(2, argv);
-  FunctionTable *table = nullptr;
-  FunctionRecord t[] = {fn(1, "kratke"), fn(2, "mnohem_delsi_jmeno"), END};
-  FunctionRecord d[] = {fn(1), fn(2), END};
-  ASSERT_EQ(1, pfu_create(&table));
+// Every block is given back (see TearDown), the replaced name copy too.
+using PfuMemory = Pfu;
+TEST_F(PfuMemory, GivesBackEveryBlock) {
+  FunctionRecord t[] = {fn(1, "kratke"), fn(2, "mnohem_delsi_jmeno"), END}, d[] = {fn(1), fn(2), END};
   pfu_register(table, t);
   FillDescriptors(table, nullptr, d);
   FillDescriptor(table, nullptr, &t[1], &d[0]);  // the longer name replaces the copy
   for (FunctionRecord &x : d) pfu_free_descriptor(&x);
-  pfu_destroy(&table);
-  mm_stat_end();
-  std::vector<kxtest::MmLogRecord> log;
-  std::string error;
-  ASSERT_TRUE(kxtest::read_mmbin(dir.file("MMBIN.MM"), log, error)) << error;
-  std::set<uint32_t> live;
-  size_t taken = 0;
-  for (const kxtest::MmLogRecord &r : log) {
-    if (r.name != "pfu") continue;
-    EXPECT_EQ(0, r.error) << kxtest::dump_mmbin(log);
-    if (r.kind == MM_KIND_ALLOC || r.kind == MM_KIND_ZALLOC) live.insert(r.address), taken++;
-    if (r.kind == MM_KIND_FREE) live.erase(r.address);
-  }
-  EXPECT_EQ(4u, taken) << kxtest::dump_mmbin(log);  // the table and three name copies
-  EXPECT_TRUE(live.empty()) << kxtest::dump_mmbin(log);
-  mm_test_reset();
+  EXPECT_EQ(4u, ledger.requests("pfu").size());  // the table and three name copies
 }
 
 }  // namespace
