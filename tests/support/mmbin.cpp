@@ -3,34 +3,26 @@
 #include "kxtest.h"
 
 #include <stdio.h>
-#include <string.h>
 
 namespace kxtest {
 
 namespace {
 
-const size_t RECORD_SIZE = 38;
-const size_t TEXT_SIZE = 210;
-const size_t NAME_FIELD = 14;
-const size_t TEXT_FIELD = 200;
+const size_t RECORD_SIZE = 38, TEXT_SIZE = 210, NAME_FIELD = 14, TEXT_FIELD = 200;
 
-uint16_t u16_at(const std::string &b, size_t at) {
-  return (uint16_t)((unsigned char)b[at] | (unsigned char)b[at + 1] << 8);
-}
-
-uint32_t u32_at(const std::string &b, size_t at) {
+// The little-endian number of width bytes at at.
+uint32_t le(const std::string &b, size_t at, int width) {
   uint32_t v = 0;
-  for (int i = 3; i >= 0; i--) v = v << 8 | (unsigned char)b[at + i];
+  for (int i = width - 1; i >= 0; i--) v = v << 8 | (unsigned char)b[at + i];
   return v;
 }
 
-// Text of a NUL-terminated field; false when the field holds no NUL.
-bool cstring_at(const std::string &b, size_t at, size_t width, std::string &text) {
-  std::string field = b.substr(at, width);
-  size_t nul = field.find('\0');
-  if (nul == std::string::npos) return false;
-  text = field.substr(0, nul);
-  return true;
+// The whole field of width bytes at at, and its text up to the NUL; false when it holds no NUL.
+bool field(const std::string &b, size_t at, size_t width, std::string &raw, std::string &text) {
+  raw = b.substr(at, width);
+  size_t nul = raw.find('\0');
+  text = raw.substr(0, nul);
+  return nul != std::string::npos;
 }
 
 std::string fault(const char *what, size_t offset, size_t have, size_t need) {
@@ -44,27 +36,21 @@ std::string fault(const char *what, size_t offset, size_t have, size_t need) {
 bool parse_mmbin(const std::string &bytes, std::vector<MmLogRecord> &out, std::string &error) {
   out.clear();
   error.clear();
-  size_t at = 0;
-  while (at < bytes.size()) {
+  for (size_t at = 0; at < bytes.size();) {
     if (bytes.size() - at < RECORD_SIZE) {
       error = fault("truncated allocation record", at, bytes.size() - at, RECORD_SIZE);
       return false;
     }
     MmLogRecord r;
     r.offset = at;
-    r.kind = u16_at(bytes, at + 0);
-    r.address = u32_at(bytes, at + 2);
-    r.size = u32_at(bytes, at + 6);
-    r.count = u32_at(bytes, at + 10);
-    r.seq = u32_at(bytes, at + 14);
-    r.raw_name = bytes.substr(at + 18, NAME_FIELD);
-    r.line = u32_at(bytes, at + 32);
-    r.error = u16_at(bytes, at + 36);
+    r.kind = (uint16_t)le(bytes, at, 2);
+    r.address = le(bytes, at + 2, 4), r.size = le(bytes, at + 6, 4), r.count = le(bytes, at + 10, 4);
+    r.seq = le(bytes, at + 14, 4), r.line = le(bytes, at + 32, 4), r.error = (uint16_t)le(bytes, at + 36, 2);
     if (r.kind < 1 || r.kind > 8) {
       error = "unknown record kind " + std::to_string(r.kind) + " at offset " + std::to_string(at);
       return false;
     }
-    if (!cstring_at(bytes, at + 18, NAME_FIELD, r.name)) {
+    if (!field(bytes, at + 18, NAME_FIELD, r.raw_name, r.name)) {
       error = "name field without NUL at offset " + std::to_string(at + 18);
       return false;
     }
@@ -74,17 +60,12 @@ bool parse_mmbin(const std::string &bytes, std::vector<MmLogRecord> &out, std::s
         error = fault("truncated text record", at, bytes.size() - at, TEXT_SIZE);
         return false;
       }
-      r.has_text = true;
       MmTextRecord &t = r.text;
-      t.year = u32_at(bytes, at + 0);
-      t.day = (uint8_t)bytes[at + 4];
-      t.month = (uint8_t)bytes[at + 5];
-      t.minute = (uint8_t)bytes[at + 6];
-      t.hour = (uint8_t)bytes[at + 7];
-      t.hundredths = (uint8_t)bytes[at + 8];
-      t.second = (uint8_t)bytes[at + 9];
-      t.raw = bytes.substr(at + 10, TEXT_FIELD);
-      if (!cstring_at(bytes, at + 10, TEXT_FIELD, t.text)) {
+      r.has_text = true;
+      t.year = le(bytes, at, 4);
+      t.day = (uint8_t)bytes[at + 4], t.month = (uint8_t)bytes[at + 5], t.minute = (uint8_t)bytes[at + 6];
+      t.hour = (uint8_t)bytes[at + 7], t.hundredths = (uint8_t)bytes[at + 8], t.second = (uint8_t)bytes[at + 9];
+      if (!field(bytes, at + 10, TEXT_FIELD, t.raw, t.text)) {
         error = "text field without NUL at offset " + std::to_string(at + 10);
         return false;
       }
@@ -108,13 +89,10 @@ std::string dump_mmbin(const std::vector<MmLogRecord> &records) {
   std::string s;
   char buf[400];
   for (const MmLogRecord &r : records) {
-    snprintf(buf, sizeof buf,
-             "@%zu kind %u addr %08X size %08X count %u seq %u name '%s' line %u error %u",
-             r.offset, r.kind, (unsigned)r.address, (unsigned)r.size, (unsigned)r.count,
-             (unsigned)r.seq, r.name.c_str(), (unsigned)r.line, r.error);
-    s += buf;
-    if (r.has_text) s += " text '" + r.text.text + "'";
-    s += "\n";
+    snprintf(buf, sizeof buf, "@%zu kind %u addr %08X size %08X count %u seq %u name '%s' line %u error %u",
+             r.offset, r.kind, (unsigned)r.address, (unsigned)r.size, (unsigned)r.count, (unsigned)r.seq,
+             r.name.c_str(), (unsigned)r.line, r.error);
+    s += buf + (r.has_text ? " text '" + r.text.text + "'" : std::string()) + "\n";
   }
   return s;
 }
