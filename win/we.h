@@ -108,4 +108,58 @@ typedef void (*WeBoxHook)(void *owner, const char *text, const char *title, unsi
 WeBoxHook we_set_box_hook(WeBoxHook hook);
 // Installs hook (null: the platform again) and returns the previous one.
 
+
+
+// ---- Questions and notices (toolkit dialogs) -------------------------------------------------
+//
+// Question dialogs are titled "Dotaz", with the text as body, modal. Buttons and their result
+// codes: "&Ano" 1, "&Ne" 7, "&Vše" 6, "&Storno" 2, "&O.K." 1; closing without a button
+// (Esc, the close box) ends with 2. The forms with an owner window take it as owner; the
+// others take the main window. A format is formatted into a 200-byte buffer (cut at 199).
+// A null text is InternalError("we"), result 0; so is a dialog that can't be created.
+
+enum { WE_ANSWER_YES = 1, WE_ANSWER_NO = 7, WE_ANSWER_ALL = 6, WE_ANSWER_CANCEL = 2 };
+
+int16_t QuestionBox(const char *text);
+int16_t QuestionBoxF(const char *format, ...) KX_PRINTF(1, 2);
+int16_t QuestionBox(void *owner, const char *text);
+int16_t QuestionBoxF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
+// "&Ano", "&Ne": 1 for "&Ano", else 0 (also when closed).
+
+int16_t QuestionBoxCancel(const char *text);
+int16_t QuestionBoxCancelF(const char *format, ...) KX_PRINTF(1, 2);
+int16_t QuestionBoxCancel(void *owner, const char *text);
+int16_t QuestionBoxCancelF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
+// "&Ano", "&Ne", "&Storno": 1 "&Ano", 0 "&Ne", -1 "&Storno" or closed.
+
+int16_t QuestionBoxAll(const char *text);
+int16_t QuestionBoxAllF(const char *format, ...) KX_PRINTF(1, 2);
+int16_t QuestionBoxAll(void *owner, const char *text);
+int16_t QuestionBoxAllF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
+// "&Ano", "&Ne", "&Vše", "&Storno": 1 "&Ano", 2 "&Vše", -1 "&Storno" or closed, 0 otherwise.
+
+Flag NoticeBox(const char *text);
+// The notice dialog "Oznámení" with the text and "&O.K.", modal. Null text: internal error, 0.
+Flag InfoBox(const char *text);
+// The information box of the installer ("Vlož DISK%d"): the notice dialog as NoticeBox.
+
+Flag ErrorDialog(void *owner, const char *text);
+Flag ErrorDialogF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
+// The toolkit's message dialog titled " Chyba " with the text and "&O.K.", owned by owner.
+Flag SwitchErrorDialog(void *owner, const char *module, int16_t line);
+Flag InternalErrorDialog(void *owner, const char *module, int16_t line);
+// As SwitchError / InternalError, as the toolkit's message dialog owned by owner; the thread's
+// windows are disabled around InternalErrorDialog as for the error boxes.
+
+// Test seam for the dialogs: when set, the hook answers every question / notice / message
+// dialog instead of showing it. kind: WE_DIALOG_*; the hook returns the raw result code the
+// dialog would have ended with (1, 7, 6, 2).
+enum { WE_DIALOG_QUESTION = 0, WE_DIALOG_QUESTION_CANCEL = 1, WE_DIALOG_QUESTION_ALL = 2,
+       WE_DIALOG_NOTICE = 3, WE_DIALOG_ERROR = 4 };
+typedef int16_t (*WeDialogHook)(int16_t kind, void *owner, const char *title, const char *text);
+WeDialogHook we_set_dialog_hook(WeDialogHook hook);
+// Installs hook (null: the real dialogs) and returns the previous one. The native build has no
+// dialogs: without a hook every question answers as closed (2) and notices are written to
+// standard error.
+
 #endif
