@@ -69,6 +69,11 @@ Flag InstallProcedure(InstallState *state);
 void inst_close_lists(InstallState *state);
 // Closes UNINST.LST and DISKLIST.LST after a run (the dialog calls this after every run).
 
+Flag DiskIdFile(InstallState *state);
+// The disk check: reads source + ("A" + current_disk) + ".KORV" and checks its "DISK:" line
+// (messages "Nesprávná disketa", "Nesprávné pořadové číslo diskety (%d)", "Neznámé klíčové slovo
+// v souboru %s"). 1 when the disk in the source directory is disk current_disk.
+
 Flag CheckAbort(void);
 // Lets the dialog process its pending messages; when abort_requested is set asks
 // "Přerušit instalaci ?": Yes returns 1 (stop), No clears abort_requested and returns 0.
