@@ -30,8 +30,13 @@ class Dialog {
   virtual Flag on_init();             // during WM_INITDIALOG; 0 closes the dialog as cancelled.
                                       // Default: 1.
   virtual void on_placed();           // once the window rectangle is known. Default: nothing.
-  virtual Flag on_ok();               // OK/Yes not handled by on_message; 1 ends with code 1.
-                                      // Default: 1.
+  virtual Flag on_ok();               // OK/Yes not handled by on_message; 1 ends with code 1
+                                      // (a modeless dialog as by dialog_end: destroyed, and
+                                      // when it is the main window the program ends).
+                                      // Default: 1. While a modeless dialog exists, OK/Yes in
+                                      // any dialog asks on_message a second time and, if not
+                                      // handled, the modeless dialog's on_ok, which on 1 ends
+                                      // the dialog that got OK/Yes with 1.
   virtual void on_size(uintptr_t wparam, intptr_t lparam);  // every WM_SIZE. Default: nothing.
   virtual Flag on_message(unsigned message, uintptr_t wparam, intptr_t lparam);
                                       // commands, characters, scroll messages; 1 = handled.
@@ -65,13 +70,15 @@ struct Control {
 };
 
 int32_t dialog_run(Dialog *dialog, const void *dialog_template);
-// Runs the dialog modally (DialogBoxIndirectParamA). dialog_template null: the modal template of
+// Runs the dialog modally: DialogBoxIndirectParamA where the system's ANSI code page is 1250,
+// else DialogBoxIndirectParamW, so that the template's texts reach the items intact whatever
+// the ANSI code page is (the same for dialog_open). dialog_template null: the modal template of
 // dialog->template_number (dres_find_modal). Returns the code given to dialog_end; 0 after an
 // internal error report (no free modal slot, not in the registry afterwards) or when no template
 // is found; 3 after an internal error report when the dialog could not be created.
 
 Flag dialog_open(Dialog *dialog, const void *dialog_template);
-// Opens the dialog modeless (CreateDialogIndirectParamA; template as above, dres_find_modeless).
+// Opens the dialog modeless (CreateDialogIndirectParamA / ...W as above; template as above, dres_find_modeless).
 // Only one modeless dialog exists at a time: a second is an internal error report, result 0.
 // Returns 1 when the window exists and is initialised.
 
@@ -103,6 +110,48 @@ Flag control_limit_text(Control *control, int32_t limit);    // EM_LIMITTEXT
 Flag control_get_limit(Control *control, int32_t *limit);    // EM_GETLIMITTEXT; 0 when negative
 Flag control_list_reset(Control *control);                   // LB_RESETCONTENT
 Flag control_list_add(Control *control, const char *text);   // LB_ADDSTRING
+
+// ---- Additions of the toolkit ---------------------------------------------------------------
+
+Flag dialog_window_set_text(void *window, const char *text);
+Flag dialog_window_get_text(void *window, char *buffer, int32_t size);
+// Text of any window (HWND) in code page 1250, converted explicitly to and from the window's
+// UTF-16 whatever the ANSI code page is. get: buffer cleared first, an over-long text is cut at
+// size - 1. 1 on success; 0 for a null window/text/buffer (no report) or a failed conversion.
+
+void dialog_trace(const char *format, ...) KX_PRINTF(1, 2);
+// The toolkit's trace: one line appended to the file named by the environment variable KX_TRACE;
+// nothing when it is unset or empty.
+
+typedef void (*DialogHelpHook)(Dialog *dialog);
+DialogHelpHook dialog_set_help_hook(DialogHelpHook hook);
+// The context-help action (WM_RBUTTONDOWN, DIALOG_MSG_HELP) calls hook with the dialog; null:
+// only a trace line. Returns the previous hook.
+
+struct DialogRect {
+  int32_t left, top, right, bottom;
+};
+
+// Everything the placement of a dialog depends on (screen coordinates).
+struct DialogPlacement {
+  DialogRect work;           // the desktop work area
+  DialogRect window;         // the dialog's window rectangle (width and height are used)
+  Flag has_parent;
+  Flag child;                // the dialog is a child window of its parent
+  int32_t parent_client_x, parent_client_y;  // parent's client origin on the screen
+  DialogRect parent_window;  // parent's window rectangle
+  Flag explicit_position, parent_relative, center_on_parent, center_on_screen;
+  int32_t position_x, position_y;
+};
+
+void dialog_place(const DialogPlacement *placement, int32_t *x, int32_t *y);
+// The top-left corner the initialisation moves the dialog to. Neither explicit_position nor
+// parent_relative: center on the work area (no parent, or center_on_screen), else the parent's
+// client origin (no center_on_parent), else center on the parent's window; centering is
+// (a + b) / 2 - size / 2, integer division. Otherwise the stored position, plus the parent's
+// client origin with parent_relative. Then kept in the work area: x >= left, then x + w <=
+// right (this wins), the same for y. A child dialog gets the corner in its parent's client
+// coordinates.
 
 // The shared dialog procedure (INT_PTR CALLBACK (HWND, UINT, WPARAM, LPARAM)), exposed for tests.
 intptr_t dialog_procedure(void *window, unsigned message, uintptr_t wparam, intptr_t lparam);

@@ -1,5 +1,5 @@
 // dres.h - dialog templates built in memory (the DLGTEMPLATE / DLGITEMTEMPLATE layout that
-// DialogBoxIndirectParamA and CreateDialogIndirectParamA take), and their lookup by number.
+// DialogBoxIndirectParamW and CreateDialogIndirectParamW take), and their lookup by number.
 //
 // Texts are given in Windows-1250 and converted explicitly with code page 1250 into the
 // template's UTF-16, so they are right whatever the system's ANSI code page is.
@@ -28,11 +28,18 @@ Flag dres_add(DialogTemplate *tpl, uint16_t class_atom, const char *text, int32_
 const void *dres_bytes(const DialogTemplate *tpl);
 // The template as the platform takes it (valid until the next dres_add or dres_destroy).
 
+int32_t dres_size(const DialogTemplate *tpl);
+// Number of bytes of the template so far (0 for a null template).
+
 void dres_destroy(DialogTemplate **tpl);
+// Frees the template (removing it from both tables) and sets *tpl to null. Null is allowed.
 
 Flag dres_register(int32_t number, DialogTemplate *tpl, Flag modeless);
 const void *dres_find_modal(int32_t number);
 const void *dres_find_modeless(int32_t number);
-// The lookup by template number, one table per kind. Unknown number: null.
+// The lookup by template number, one table per kind (64 entries each). dres_register keeps the
+// pointer (the template must live while registered); a number registered again takes the new
+// template. Returns 1; 0 with an internal error report for a null template or a full table.
+// dres_find_*: the template's bytes, or null for an unknown number.
 
 #endif

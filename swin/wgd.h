@@ -53,4 +53,34 @@ Flag app_set_modeless(Application *app, Dialog *dialog);
 void app_quit(int32_t code);
 // Ends the main loop (PostQuitMessage).
 
+// ---- Additions of the toolkit ---------------------------------------------------------------
+
+Application *app_current(void);
+// application while app_run runs; before and after it a standing application object of the
+// program (no main window, no accelerators) so that dialogs, questions and app_pump work at
+// any time. Never null.
+
+// The main window of a program whose factory opens a modeless dialog is that dialog: app_run
+// registers its handle with the reporting module (we_set_main_window) together with the status
+// sink below, so that SetStatusText reaches it. When that dialog's window is destroyed (by
+// dialog_end with a code, or otherwise), the main loop ends with that code (0 when destroyed
+// without dialog_end) unless app_quit was called before.
+typedef void (*AppStatusSink)(void *context, const char *text);
+void app_set_status_sink(AppStatusSink sink, void *context);
+// The program's status-line writer for SetStatusText (null: none). Call before app_run, or at
+// any time while it runs (re-registered at once).
+
+typedef Flag (*AppPreTranslate)(void *message);
+void app_set_pre_translate(AppPreTranslate hook);
+// The main window object's pre-translation hook (message: MSG *); non-null sets the object's
+// pre-translation flag. A hook that returns 1 has taken the message.
+
+void app_set_accelerators(void *accelerators);
+// The accelerator table (HACCEL) translated for the main window; null: none. Set before
+// app_run or while it runs; forgotten when app_run ends (the table stays the caller's).
+
+void app_dialog_destroyed(Dialog *dialog, int32_t code);
+// Called by the dialog engine when the modeless dialog's window is destroyed (code: the code of
+// dialog_end, else 0). Internal to the toolkit.
+
 #endif

@@ -98,3 +98,116 @@ Flag SetStatusTextF(const char *format, ...) {
   va_end(args);
   return SetStatusText(text);
 }
+
+// ---- Questions and notices -----------------------------------------------------------------
+
+const char WE_TITLE_QUESTION[] = "Dotaz";
+const char WE_TITLE_NOTICE[] = "Oznámení";
+
+static WeDialogHook dialog_hook;
+
+WeDialogHook we_set_dialog_hook(WeDialogHook hook) {
+  WeDialogHook previous = dialog_hook;
+  dialog_hook = hook;
+  return previous;
+}
+
+// Runs the dialog (or asks the hook) and gives the raw code; 0 after a report when it could not
+// be built.
+static int dialog_code(int16_t kind, void *owner, const char *title, const char *text) {
+  if (!text) {
+    InternalError("we", __LINE__);
+    return 0;
+  }
+  int code = dialog_hook ? dialog_hook(kind, owner, title, text)
+                         : we_plat_dialog(kind, owner, title, text);
+  if (code < 0) {
+    InternalError("we", __LINE__);
+    return 0;
+  }
+  return code;
+}
+
+static int16_t answer(int16_t kind, void *owner, const char *text) {
+  int code = dialog_code(kind, owner, WE_TITLE_QUESTION, text);
+  if (code == 0) return 0;  // not shown: the negative answer
+  switch (kind) {
+    case WE_DIALOG_QUESTION:
+      return code == WE_ANSWER_YES ? 1 : 0;
+    case WE_DIALOG_QUESTION_CANCEL:
+      return code == WE_ANSWER_YES ? 1 : code == WE_ANSWER_NO ? 0 : -1;
+    default:
+      return code == WE_ANSWER_YES ? 1
+             : code == WE_ANSWER_ALL ? 2
+             : code == WE_ANSWER_CANCEL ? -1
+                                        : 0;
+  }
+}
+
+// Formats into the 200-byte buffer; 0 (reported) for a null format.
+static Flag format_question(char *text, const char *format, va_list args) {
+  if (!format) {
+    InternalError("we", __LINE__);
+    return 0;
+  }
+  format_bounded(text, WE_TEXT_SIZE, format, args);
+  return 1;
+}
+
+#define KX_QUESTION_FORMS(Name, kind)                                                   \
+  int16_t Name(const char *text) { return answer(kind, we_main_window_handle(), text); } \
+  int16_t Name(void *owner, const char *text) { return answer(kind, owner, text); }      \
+  int16_t Name##F(const char *format, ...) {                                             \
+    char text[WE_TEXT_SIZE];                                                             \
+    va_list args;                                                                        \
+    va_start(args, format);                                                              \
+    Flag ok = format_question(text, format, args);                                       \
+    va_end(args);                                                                        \
+    return ok ? answer(kind, we_main_window_handle(), text) : 0;                         \
+  }                                                                                      \
+  int16_t Name##F(void *owner, const char *format, ...) {                                \
+    char text[WE_TEXT_SIZE];                                                             \
+    va_list args;                                                                        \
+    va_start(args, format);                                                              \
+    Flag ok = format_question(text, format, args);                                       \
+    va_end(args);                                                                        \
+    return ok ? answer(kind, owner, text) : 0;                                           \
+  }
+
+KX_QUESTION_FORMS(QuestionBox, WE_DIALOG_QUESTION)
+KX_QUESTION_FORMS(QuestionBoxCancel, WE_DIALOG_QUESTION_CANCEL)
+KX_QUESTION_FORMS(QuestionBoxAll, WE_DIALOG_QUESTION_ALL)
+
+Flag NoticeBox(const char *text) {
+  return dialog_code(WE_DIALOG_NOTICE, we_main_window_handle(), WE_TITLE_NOTICE, text) ? 1 : 0;
+}
+
+Flag InfoBox(const char *text) { return NoticeBox(text); }
+
+Flag ErrorDialog(void *owner, const char *text) {
+  return dialog_code(WE_DIALOG_ERROR, owner, WE_TITLE_ERROR, text) ? 1 : 0;
+}
+
+Flag ErrorDialogF(void *owner, const char *format, ...) {
+  char text[WE_TEXT_SIZE];
+  va_list args;
+  va_start(args, format);
+  Flag ok = format_question(text, format, args);
+  va_end(args);
+  return ok ? ErrorDialog(owner, text) : 0;
+}
+
+Flag SwitchErrorDialog(void *owner, const char *module, int16_t line) {
+  char body[WE_FAULT_SIZE];
+  snprintf(body, sizeof body, WE_FAULT_BODY, module ? module : "", (int)line);
+  return dialog_code(WE_DIALOG_ERROR, owner, WE_TITLE_SWITCH, body) ? 1 : 0;
+}
+
+Flag InternalErrorDialog(void *owner, const char *module, int16_t line) {
+  char body[WE_FAULT_SIZE];
+  snprintf(body, sizeof body, WE_FAULT_BODY, module ? module : "", (int)line);
+  DisableThreadWindows();
+  Flag shown = dialog_code(WE_DIALOG_ERROR, owner, WE_TITLE_INTERNAL, body) ? 1 : 0;
+  EnableThreadWindows();
+  return shown;
+}

@@ -118,6 +118,9 @@ WeBoxHook we_set_box_hook(WeBoxHook hook);
 // others take the main window. A format is formatted into a 200-byte buffer (cut at 199).
 // A null text is InternalError("we"), result 0; so is a dialog that can't be created.
 
+extern const char WE_TITLE_QUESTION[];  // "Dotaz"
+extern const char WE_TITLE_NOTICE[];    // "Oznámení"
+
 enum { WE_ANSWER_YES = 1, WE_ANSWER_NO = 7, WE_ANSWER_ALL = 6, WE_ANSWER_CANCEL = 2 };
 
 int16_t QuestionBox(const char *text);
@@ -137,6 +140,8 @@ int16_t QuestionBoxAllF(const char *format, ...) KX_PRINTF(1, 2);
 int16_t QuestionBoxAll(void *owner, const char *text);
 int16_t QuestionBoxAllF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
 // "&Ano", "&Ne", "&Vše", "&Storno": 1 "&Ano", 2 "&Vše", -1 "&Storno" or closed, 0 otherwise.
+// All three answer 0 when the question could not be shown (null text or format, a dialog that
+// could not be built or run).
 
 Flag NoticeBox(const char *text);
 // The notice dialog "Oznámení" with the text and "&O.K.", modal. Null text: internal error, 0.
@@ -146,6 +151,7 @@ Flag InfoBox(const char *text);
 Flag ErrorDialog(void *owner, const char *text);
 Flag ErrorDialogF(void *owner, const char *format, ...) KX_PRINTF(2, 3);
 // The toolkit's message dialog titled " Chyba " with the text and "&O.K.", owned by owner.
+// 1 when shown; 0 for a null text or format (internal error) or a dialog that could not be shown.
 Flag SwitchErrorDialog(void *owner, const char *module, int16_t line);
 Flag InternalErrorDialog(void *owner, const char *module, int16_t line);
 // As SwitchError / InternalError, as the toolkit's message dialog owned by owner; the thread's

@@ -9,4 +9,11 @@ void we_plat_message_box(void *owner, const char *text, const char *title, unsig
 // Enables (1) or disables (0) every top-level window of the calling thread.
 void we_plat_enable_thread_windows(int enable);
 
+// Shows the question, notice or message dialog of kind (WE_DIALOG_*) modally with the title,
+// the text and the kind's buttons, owned by owner (null: none), and returns the code it ended
+// with (1, 7, 6, 2; 0 when the toolkit could not run it); -1 when the dialog could not be built.
+// Windows: the toolkit's dialog. Native build: questions answer 2, notices and messages go to
+// standard error and answer 1.
+int we_plat_dialog(int kind, void *owner, const char *title, const char *text);
+
 #endif

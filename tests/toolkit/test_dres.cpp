@@ -1,0 +1,164 @@
+// Dialog templates in memory: the bytes as the platform reads them, and the two lookup tables.
+#include "swin/dres.h"
+
+#include "tests/support/kxtest.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+uint16_t word_at(const uint8_t *p, size_t at) { return (uint16_t)(p[at] | (p[at + 1] << 8)); }
+uint32_t dword_at(const uint8_t *p, size_t at) {
+  return (uint32_t)word_at(p, at) | ((uint32_t)word_at(p, at + 2) << 16);
+}
+
+// Reads a terminated UTF-16 string at *at and moves past it.
+std::wstring string_at(const uint8_t *p, size_t *at) {
+  std::wstring s;
+  for (;;) {
+    uint16_t c = word_at(p, *at);
+    *at += 2;
+    if (!c) return s;
+    s.push_back((wchar_t)c);
+  }
+}
+
+TEST(Dres, HeaderFieldByField) {
+  struct Row {
+    int line;
+    const char *title;
+    const char *font;
+    std::wstring wide_title;
+  } rows[] = {
+      {__LINE__, "Instalace", "MS Sans Serif", L"Instalace"},
+      {__LINE__, "Přerušit instalaci ?", "Tahoma", L"P\u0159eru\u0161it instalaci ?"},
+      {__LINE__, "", nullptr, L""},
+      {__LINE__, nullptr, "MS Sans Serif", L""},
+  };
+  for (const Row &r : rows) {
+    SCOPED_TRACE(testing::Message() << "row at line " << r.line);
+    DialogTemplate *t = dres_create(r.title, WS_POPUP | WS_CAPTION | DS_SETFONT, -3, 4, 200, 150,
+                                    r.font, 9);
+    ASSERT_NE(nullptr, t);
+    const uint8_t *p = (const uint8_t *)dres_bytes(t);
+    uint32_t style = dword_at(p, 0);
+    EXPECT_EQ(r.font ? (uint32_t)DS_SETFONT : 0u, style & DS_SETFONT) << std::hex << style;
+    EXPECT_EQ((uint32_t)(WS_POPUP | WS_CAPTION), style & ~(uint32_t)DS_SETFONT);
+    EXPECT_EQ(0u, dword_at(p, 4));                 // extended style
+    EXPECT_EQ(0, word_at(p, 8));                   // no items yet
+    EXPECT_EQ((uint16_t)-3, word_at(p, 10));
+    EXPECT_EQ(4, word_at(p, 12));
+    EXPECT_EQ(200, word_at(p, 14));
+    EXPECT_EQ(150, word_at(p, 16));
+    EXPECT_EQ(0, word_at(p, 18));                  // menu
+    EXPECT_EQ(0, word_at(p, 20));                  // class
+    size_t at = 22;
+    EXPECT_EQ(r.wide_title, string_at(p, &at));
+    if (r.font) {
+      EXPECT_EQ(9, word_at(p, at));
+      at += 2;
+      std::string font(r.font);
+      EXPECT_EQ(std::wstring(font.begin(), font.end()), string_at(p, &at));
+    }
+    EXPECT_EQ((int32_t)at, dres_size(t));
+    dres_destroy(&t);
+    EXPECT_EQ(nullptr, t);
+  }
+}
+
+TEST(Dres, ItemsStartOnADwordAndCarryTheirClassAtom) {
+  // Titles of odd and even lengths, so that every padding (0 and 2 bytes) occurs.
+  DialogTemplate *t = dres_create("Ab", DS_MODALFRAME, 0, 0, 100, 100, "MS Sans Serif", 8);
+  ASSERT_NE(nullptr, t);
+  struct Row {
+    uint16_t atom;
+    const char *text;
+    int32_t id;
+    std::wstring wide;
+  } rows[] = {
+      {DRES_BUTTON, "&Ano", 1, L"&Ano"},        {DRES_EDIT, "", 0x12345, L""},
+      {DRES_STATIC, "Vlož DISK1", 100, L"Vlo\u017e DISK1"},
+      {DRES_LISTBOX, "x", 7, L"x"},             {DRES_SCROLLBAR, "ab", 8, L"ab"},
+      {DRES_COMBOBOX, "abc", 9, L"abc"},
+  };
+  int16_t y = 0;
+  for (const Row &r : rows) ASSERT_EQ(1, dres_add(t, r.atom, r.text, r.id, WS_TABSTOP, 1, y++, 30, 12));
+  const uint8_t *p = (const uint8_t *)dres_bytes(t);
+  EXPECT_EQ(6, word_at(p, 8));
+  size_t at = 22;
+  string_at(p, &at);  // title
+  at += 2;            // point size
+  string_at(p, &at);  // font
+  y = 0;
+  for (const Row &r : rows) {
+    SCOPED_TRACE(testing::Message() << "item " << r.text);
+    size_t aligned = (at + 3) & ~(size_t)3;
+    for (size_t i = at; i < aligned; i++) EXPECT_EQ(0, p[i]) << "padding at " << i;
+    at = aligned;
+    EXPECT_EQ((uint32_t)(WS_TABSTOP | WS_CHILD | WS_VISIBLE), dword_at(p, at));
+    EXPECT_EQ(0u, dword_at(p, at + 4));
+    EXPECT_EQ(1, word_at(p, at + 8));
+    EXPECT_EQ((uint16_t)y++, word_at(p, at + 10));
+    EXPECT_EQ(30, word_at(p, at + 12));
+    EXPECT_EQ(12, word_at(p, at + 14));
+    EXPECT_EQ((uint16_t)r.id, word_at(p, at + 16));
+    EXPECT_EQ(0xFFFF, word_at(p, at + 18));
+    EXPECT_EQ(r.atom, word_at(p, at + 20));
+    at += 22;
+    EXPECT_EQ(r.wide, string_at(p, &at));
+    EXPECT_EQ(0, word_at(p, at));  // no creation data
+    at += 2;
+  }
+  EXPECT_EQ((int32_t)at, dres_size(t));
+  dres_destroy(&t);
+}
+
+TEST(Dres, LongTextsGrowTheTemplate) {
+  DialogTemplate *t = dres_create("t", 0, 0, 0, 10, 10, nullptr, 0);
+  ASSERT_NE(nullptr, t);
+  for (size_t n : {1023u, 1024u, 1025u, 5000u}) {
+    std::string text = kxtest::pattern_text(n);
+    int32_t before = dres_size(t);
+    ASSERT_EQ(1, dres_add(t, DRES_STATIC, text.c_str(), 1, 0, 0, 0, 1, 1));
+    int32_t padded = (before + 3) & ~3;
+    EXPECT_EQ(padded + 22 + 2 * (int32_t)(n + 1) + 2, dres_size(t)) << "n=" << n;
+    const uint8_t *p = (const uint8_t *)dres_bytes(t);
+    size_t at = (size_t)padded + 22;
+    std::wstring wide = string_at(p, &at);
+    ASSERT_EQ(n, wide.size());
+    EXPECT_EQ((wchar_t)text[n - 1], wide[n - 1]);
+  }
+  dres_destroy(&t);
+}
+
+TEST(Dres, TablesByNumberOnePerKind) {
+  kxtest::BoxRecorder boxes;
+  DialogTemplate *a = dres_create("A", 0, 0, 0, 10, 10, nullptr, 0);
+  DialogTemplate *b = dres_create("B", 0, 0, 0, 10, 10, nullptr, 0);
+  ASSERT_EQ(1, dres_register(31, a, 0));
+  ASSERT_EQ(1, dres_register(31, b, 1));
+  EXPECT_EQ(dres_bytes(a), dres_find_modal(31));
+  EXPECT_EQ(dres_bytes(b), dres_find_modeless(31));
+  EXPECT_EQ(nullptr, dres_find_modal(32));
+  EXPECT_EQ(nullptr, dres_find_modeless(32));
+  ASSERT_EQ(1, dres_register(31, b, 0));  // again: the new template
+  EXPECT_EQ(dres_bytes(b), dres_find_modal(31));
+  EXPECT_EQ(0u, boxes.count());
+
+  EXPECT_EQ(0, dres_register(33, nullptr, 0));
+  EXPECT_EQ(0, dres_add(nullptr, DRES_BUTTON, "x", 1, 0, 0, 0, 1, 1));
+  ASSERT_EQ(2u, boxes.count()) << boxes.dump();
+  for (const kxtest::Box &box : boxes.boxes()) EXPECT_GT(kxtest::internal_error_line(box, "dres"), 0);
+
+  dres_destroy(&b);
+  EXPECT_EQ(nullptr, dres_find_modal(31));
+  EXPECT_EQ(nullptr, dres_find_modeless(31));
+  dres_destroy(&a);
+  dres_destroy(&a);  // null again: nothing
+}
+
+}  // namespace
