@@ -1,0 +1,417 @@
+// test_inst_procedure.cpp - whole installs on a scratch directory: the lists written, the
+// questions asked, the checks that stop an install.
+#include "test_inst_fixture.h"
+
+#include "installer/inst_plat.h"
+#include "installer/startup.h"
+#include "swin/wco.h"
+#include "tools/mkmedium/medium.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include <string.h>
+
+namespace fs = std::filesystem;
+using insttest::InstallTest;
+using insttest::Medium;
+using insttest::file_record;
+using Records = std::vector<std::pair<int, std::string>>;
+
+namespace {
+
+Medium three_files() {
+  Medium m;
+  m.records.push_back(file_record("KORV5.EXE", "KORV5.EXE", "EXE", 700, 0, "Hlavní program"));
+  m.records.push_back(file_record("ZNACKY.S32", "ZNACKY.S32", "SLIB", 40, 0, "Knihovna značek"));
+  m.records.push_back(file_record("CTIMNE.TXT", "CTIMNE.TXT", ".", 5, 0, ""));
+  return m;
+}
+
+}  // namespace
+
+TEST_F(InstallTest, FullRunWritesListsInCreationOrder) {
+  write_medium(three_files());
+  write_source_file("README.TXT", "readme");
+  ASSERT_EQ(run(), 1) << dump_asked();
+  inst_close_lists(state_);
+  EXPECT_EQ(boxes_at_later_steps, 0u) << dump_asked();
+  const std::string t = target_;
+  const std::string d = t.substr(0, t.size() - 1);
+  Records expected = {{0, t + "README.TXT"},      {0, t + "DISKLIST.LST"},
+                      {1, t + "EXE"},             {1, t + "SLIB"},
+                      {1, t + "Navrhy"},          {1, d},
+                      {0, t + "EXE\\KORV5.EXE"},  {0, t + "SLIB\\ZNACKY.S32"},
+                      {0, t + "CTIMNE.TXT"},      {0, t + "INST.LST"},
+                      {0, t + "EXE\\SYSTEM.WCO"}};
+  Records got = uninstall_records();
+  ASSERT_GE(got.size(), expected.size()) << dump_records();
+  for (size_t i = 0; i < expected.size(); i++)
+    EXPECT_EQ(got[i], expected[i]) << "record " << i << "\n" << dump_records();
+  // Only registry keys and shortcuts of the later steps follow.
+  EXPECT_EQ(install_lines(), (std::vector<std::string>{t + "EXE\\KORV5.EXE Hlavní program",
+                                                       t + "SLIB\\ZNACKY.S32 Knihovna značek",
+                                                       t + "CTIMNE.TXT "}));
+  EXPECT_EQ(kxtest::read_bytes(local(t + "EXE\\KORV5.EXE")).substr(0, 9), "KORV5.EXE");
+  EXPECT_EQ(kxtest::read_bytes(local(t + "EXE\\KORV5.EXE")).size(), 700u);
+  EXPECT_EQ(kxtest::read_bytes(local(t + "README.TXT")), "readme");
+  EXPECT_FALSE(kxtest::exists(local(t + "DISKLIST.LST")));
+  EXPECT_TRUE(fs::is_directory(local(t + "Navrhy")));
+  // The configuration written for this target.
+  ConfigStore *store = nullptr;
+  ASSERT_TRUE(wco::create(&store));
+  ASSERT_TRUE(wco::load(store, (t + "EXE\\SYSTEM.WCO").c_str()));
+  char value[KX_PATH];
+  struct { const char *section, *key; std::string want; } rows[] = {
+      {"CO_common", "system_path", t.substr(2)},
+      {"CO_common", "initial_directory", t + "Navrhy"},
+      {"CO_schematic", "schema_default_library_path", t + "SLIB\\"},
+      {"CO_layout", "layout_default_library_path", t + "LLIB\\"},
+      {"CO_edit", "edit_default_library_path", t + "ELIB\\"},
+      {"CO_simulator", "default_model_library_path", t + "MLIB\\"}};
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+    memset(value, '#', sizeof value);
+    EXPECT_TRUE(wco::get_text(store, rows[i].section, rows[i].key, value, sizeof value)) << i;
+    EXPECT_EQ(std::string(value), rows[i].want) << "row " << i;
+  }
+  wco::destroy(&store);
+  EXPECT_EQ(std::string(program_dir), t + "EXE\\");
+  // Status texts of the steps, in order.
+  std::vector<std::string> steps = {"Kontrola zdrojové cesty ...",
+                                    "Odstranění předchozí instalace ...",
+                                    "Kontrola cílové cesty ...",
+                                    "Vytváření adresářů ...",
+                                    "Kontrola místa na disku ...",
+                                    "Zápis/oprava konfiguračního souboru",
+                                    "Aktualizace nabídky Start ...",
+                                    "Aktualizace registru (cesta systémové konfigurace) ..."};
+  size_t at = 0;
+  for (const std::string &s : statuses)
+    if (at < steps.size() && s == steps[at]) at++;
+  EXPECT_EQ(at, steps.size()) << "missing status " << (at < steps.size() ? steps[at] : "");
+  EXPECT_EQ(statuses.back(), "");
+  // Progress: line 18 of the first file, disk numbers 1-based, everything cleared at the end.
+  ASSERT_FALSE(lines[0].empty());
+  EXPECT_EQ(lines[2].front(), "Číslo diskety : 1");
+  EXPECT_EQ(lines[1].front(), "Popis souboru : Hlavní program");
+  EXPECT_EQ(lines[3].back(), "");
+  EXPECT_EQ(lines[0].back(), "");
+}
+
+TEST_F(InstallTest, ProgressLineIsCutAtEightyCharacters) {
+  // A target of 70 characters: the line would be 16 + 70 + 13.
+  std::string t = root_path() + "P";
+  while (t.size() < 69) t += "p";
+  set_target(t + "\\");
+  write_medium(three_files());
+  ASSERT_EQ(run(), 1) << dump_asked();
+  std::string want = "Instaluje se  : " + target_ + "EXE\\KORV5.EXE";
+  ASSERT_GT(want.size(), 80u);
+  EXPECT_EQ(lines[0].front(), want.substr(0, 80));
+}
+
+TEST_F(InstallTest, PackedMediumIsUnpackedAndMovedIntoSubdirectories) {
+  // A packed split medium from the builder: two disks, the second asked for and "inserted" by
+  // swapping the disk directories when the notice comes.
+  fs::path tree = scratch_.file("tree");
+  fs::create_directories(tree / "EXE");
+  uint32_t seed = 12345;
+  auto noise = [&](size_t n) {
+    std::string data(n, '\0');
+    for (auto &c : data) c = (char)((seed = seed * 1103515245u + 12345u) >> 24);
+    return data;
+  };
+  const std::string main_data = noise(150000), alternative = noise(20000);
+  kxtest::write_bytes((tree / "EXE" / "KORV5.EXE").string(), main_data);
+  kxtest::write_bytes((tree / "EXE" / "KVWPP.EXE").string(), alternative);
+  kxtest::write_bytes((tree / "CTIMNE.TXT").string(), "hello");
+  fs::remove_all(local(source_));
+  MediumOptions options;
+  medium_default_options(&options);
+  const std::string out = scratch_.file("media"), tree_text = tree.string();
+  options.source = tree_text.c_str();
+  options.output = out.c_str();
+  options.capacity = 160000;
+  MediumResult result;
+  ASSERT_TRUE(medium_make(&options, &result)) << result.message;
+  ASSERT_EQ(result.disks, 2) << "the medium should need two disks";
+  const std::string here = local(source_).substr(0, local(source_).size() - 1);
+  fs::rename(fs::path(out) / "DISK1", here);
+  on_notice = [&](const std::string &text) {
+    if (text != "Vlož DISK2") return;
+    fs::rename(here, scratch_.file("old_disk"));
+    fs::rename(fs::path(out) / "DISK2", here);
+  };
+  ASSERT_EQ(run(), 1) << dump_asked();
+  inst_close_lists(state_);
+  EXPECT_EQ(asked_count("Vlož DISK2"), 1) << dump_asked();
+  const std::string t = target_;
+  EXPECT_TRUE(kxtest::read_bytes(local(t + "EXE\\KORV5.EXE")) == alternative);
+  EXPECT_FALSE(kxtest::exists(local(t + "EXE\\KVWPP.EXE")));
+  EXPECT_FALSE(kxtest::exists(local(t + "KORV5.EXE")));
+  EXPECT_FALSE(kxtest::exists(local(t + "KORV5.EX_")));
+  EXPECT_EQ(kxtest::read_bytes(local(t + "CTIMNE.TXT")), "hello");
+  Records got = uninstall_records();
+  // Per packed file: the packed copy, the unpacked file in the target, the moved file.
+  size_t first = 0;
+  while (first < got.size() && got[first] != Records::value_type{1, t.substr(0, t.size() - 1)})
+    first++;
+  ASSERT_LT(first + 10, got.size()) << dump_records();
+  Records transfer(got.begin() + first + 1, got.begin() + first + 10);
+  EXPECT_EQ(transfer, (Records{{0, t + "KORV5.EX_"},
+                               {0, t + "KORV5.EXE"},
+                               {0, t + "EXE\\KORV5.EXE"},
+                               {0, t + "KVWPP.EX_"},
+                               {0, t + "KVWPP.EXE"},
+                               {0, t + "EXE\\KVWPP.EXE"},
+                               {0, t + "EXE\\KORV5.EXE"},
+                               {0, t + "CTIMNE.TX_"},
+                               {0, t + "CTIMNE.TXT"}}))
+      << dump_records();
+  auto inst = install_lines();
+  ASSERT_EQ(inst.size(), 3u);
+  EXPECT_EQ(inst[1], t + "EXE\\KVWPP.EXE ");
+}
+
+TEST_F(InstallTest, DamagedPackedFileIsReportedAndSkipped) {
+  Medium m;
+  m.packed = 1;
+  m.records.push_back(file_record("A.TXT", "A.TX_", ".", 10, 0, "a"));
+  write_medium(m);  // the stored file is not a zlib stream
+  ASSERT_EQ(run(), 1) << dump_asked();
+  ASSERT_GE(boxes_.count(), 1u);
+  EXPECT_EQ(boxes_.boxes()[0].text, "Komprese/dekomprese dat - chyba ve vstupních datech");
+  EXPECT_TRUE(install_lines().empty());
+  EXPECT_TRUE(kxtest::exists(local(target_ + "A.TX_")));
+}
+
+TEST_F(InstallTest, WrongDiskNumberAsksAgain) {
+  Medium m = three_files();
+  m.records[2].disk = 1;
+  m.records[2].stored[0] = 'X';   // XTIMNE.TXT: not in the source yet
+  write_medium(m, true);
+  fs::remove(local(source_ + "XTIMNE.TXT"));
+  int notices = 0;
+  on_notice = [&](const std::string &) {
+    notices++;
+    write_source_file("B.KORV", notices == 1 ? "DISK: 3\r\n" : "  DISK:\t2 \r\n");
+    if (notices == 2) write_source_file("XTIMNE.TXT", "xx");
+  };
+  answers.push_back({"Zkusit znovu", {WE_ANSWER_YES}});
+  ASSERT_EQ(run(), 1) << dump_asked();
+  EXPECT_EQ(notices, 2);
+  EXPECT_EQ(asked_count("Vlož DISK2"), 2);
+  EXPECT_EQ(asked_count("Zkusit znovu"), 1);
+  ASSERT_LE(1u, boxes_.count());
+  EXPECT_EQ(boxes_.boxes()[0].text, "Nesprávné pořadové číslo diskety (3)");
+  EXPECT_EQ(std::count(lines[2].begin(), lines[2].end(), "Číslo diskety : 2"), 1);
+}
+
+TEST_F(InstallTest, DiskIdentificationFaults) {
+  struct { const char *a_korv; const char *box; } rows[] = {
+      /* 0 */ {nullptr, "Nesprávná disketa"},
+      /* 1 */ {"DISK: 2\r\n", "Nesprávné pořadové číslo diskety (2)"},
+      /* 2 */ {"DISK: 1\r\nVOLUME: X\r\n", "Neznámé klíčové slovo v souboru "},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+    boxes_.clear();
+    write_medium(three_files());
+    if (rows[i].a_korv) write_source_file("A.KORV", rows[i].a_korv);
+    else fs::remove(local(source_ + "A.KORV"));
+    EXPECT_EQ(run(), 0) << "row " << i;
+    inst_close_lists(state_);
+    bool seen = false;
+    for (auto &b : boxes_.boxes()) seen |= b.text.rfind(rows[i].box, 0) == 0;
+    EXPECT_TRUE(seen) << "row " << i << "\n" << boxes_.dump();
+    if (i == 2) {
+      EXPECT_EQ(boxes_.boxes().back().text, rows[i].box + source_ + "A.KORV");
+    }
+    clear_target();
+  }
+}
+
+TEST_F(InstallTest, MissingStoredFileSkippedOrFatal) {
+  for (int16_t reply : {WE_ANSWER_YES, WE_ANSWER_NO}) {
+    write_medium(three_files());
+    fs::remove(local(source_ + "ZNACKY.S32"));
+    answers = {{"Soubor " + source_ + "ZNACKY.S32 nenalezen, vynechat", {reply}}};
+    asked.clear();
+    EXPECT_EQ(run(), reply == WE_ANSWER_YES ? 1 : 0) << dump_asked();
+    inst_close_lists(state_);
+    EXPECT_EQ(asked_count("Vlož DISK1"), 1) << dump_asked();
+    EXPECT_EQ(asked_count(answers[0].first), 1) << dump_asked();
+    auto inst = install_lines();
+    if (reply == WE_ANSWER_YES) {
+      EXPECT_EQ(inst.size(), 2u);
+      for (auto &r : uninstall_records()) EXPECT_EQ(r.second.find("ZNACKY"), std::string::npos);
+    } else {
+      EXPECT_EQ(inst.size(), 1u);
+    }
+    clear_target();
+  }
+}
+
+TEST_F(InstallTest, OverwriteQuestionNoStopsQuietly) {
+  write_medium(three_files());
+  write_local(local(target_ + "EXE\\KORV5.EXE"), "old");
+  write_local(local(target_ + "CTIMNE.TXT"), "old");
+  answers.push_back({"Existující soubory budou přepsány, pokračovat", {WE_ANSWER_NO}});
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(boxes_.count(), 0u) << boxes_.dump();
+  EXPECT_EQ(asked_count("Existující soubory budou přepsány, pokračovat"), 1);
+  EXPECT_EQ(kxtest::read_bytes(local(target_ + "EXE\\KORV5.EXE")), "old");
+}
+
+TEST_F(InstallTest, OverwriteQuestionYesAsksOnceAndDeletes) {
+  write_medium(three_files());
+  write_local(local(target_ + "EXE\\KORV5.EXE"), "old");
+  write_local(local(target_ + "CTIMNE.TXT"), "old");
+  ASSERT_EQ(run(), 1) << dump_asked();
+  EXPECT_EQ(asked_count("Existující soubory budou přepsány, pokračovat"), 1);
+  EXPECT_EQ(kxtest::read_bytes(local(target_ + "CTIMNE.TXT")), "CTIMN");
+  int deleting = 0;
+  for (auto &s : statuses) deleting += s.rfind("Maže se : ", 0) == 0;
+  EXPECT_EQ(deleting, 2);
+}
+
+TEST_F(InstallTest, AbortQuestion) {
+  // Yes: the first two questions of the list copy are not heeded, the third one stops.
+  write_medium(three_files());
+  on_pump = [] { abort_requested = 1; };
+  EXPECT_EQ(run(), 0);
+  inst_close_lists(state_);
+  EXPECT_EQ(asked_count("Přerušit instalaci ?"), 3) << dump_asked();
+  EXPECT_EQ(uninstall_records(), (Records{{0, target_ + "DISKLIST.LST"}})) << dump_records();
+  // No: the flag is cleared and the install runs on until the button is pressed again.
+  asked.clear();
+  int presses = 0;
+  on_pump = [&] {
+    if (++presses == 2) abort_requested = 1;
+  };
+  answers.push_back({"Přerušit instalaci ?", {WE_ANSWER_NO}});
+  EXPECT_EQ(run(), 1) << dump_asked();
+  EXPECT_EQ(asked_count("Přerušit instalaci ?"), 1);
+  EXPECT_EQ(abort_requested, 0);
+}
+
+TEST_F(InstallTest, SpaceCheckBoundary) {
+  // Cluster 512: 700 B -> 2, 40 B -> 1, 5 B -> 1 cluster; reserve 1,000,000 / 512 = 1953.
+  const uint32_t needed = 2 + 1 + 1 + 1953;
+  struct { uint32_t free; Flag ok; } rows[] = {{needed, 1}, {needed - 1, 0}};
+  for (size_t i = 0; i < 2; i++) {
+    boxes_.clear();
+    write_medium(three_files());
+    plat_test_set_free_space(1, rows[i].free, 1, 512);
+    EXPECT_EQ(run(), rows[i].ok) << "row " << i << "\n" << dump_asked();
+    inst_close_lists(state_);
+    if (!rows[i].ok) {
+      EXPECT_EQ(boxes_.only().text, "Málo místa na disku, je třeba 1002048 B");
+    }
+    clear_target();
+  }
+  // A file of exactly one cluster is charged two.
+  Medium m;
+  m.records.push_back(file_record("ONE.BIN", "ONE.BIN", ".", 512, 0, ""));
+  write_medium(m);
+  plat_test_set_free_space(1, 2 + 1953 - 1, 1, 512);
+  boxes_.clear();
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(boxes_.only().text, "Málo místa na disku, je třeba 1001024 B");
+}
+
+TEST_F(InstallTest, BadTargets) {
+  write_medium(three_files());
+  char missing = 0;
+  for (char letter = 'Y'; letter > 'D' && !missing; letter--) {
+    char drive[3] = {letter, ':', 0};
+    if (!plat_drive_ready(drive)) missing = letter;
+  }
+  ASSERT_NE(missing, 0);
+  std::string lower_missing = std::string(1, (char)(missing - 'A' + 'a')) + ":\\KORV5\\";
+  struct { std::string target, box; } rows[] = {
+      /* 0 */ {"KORV5\\", "Chybná cílová cesta KORV5\\"},
+      /* 1 */ {"\\\\server\\share\\", "Chybná cílová cesta \\\\server\\share\\"},
+      /* 2 */ {"", "Chybná cílová cesta "},
+      /* 3 */ {lower_missing, std::string("Nelze najít disk ") + missing + "::"},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+    boxes_.clear();
+    set_target(rows[i].target);
+    EXPECT_EQ(run(), 0) << "row " << i;
+    EXPECT_EQ(boxes_.only().text, rows[i].box) << "row " << i;
+  }
+}
+
+TEST_F(InstallTest, MissingSourceList) {
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(boxes_.only().text, "Chybná cesta/soubor nenalezen: " + source_ + "DISKLIST.LST");
+}
+
+TEST_F(InstallTest, PreviousInstallationNeedsBothFiles) {
+  write_medium(three_files());
+  const std::string question =
+      "Na cílové cestě byla nalezena předchozí instalace KORVEX.\n"
+      "Před novou instalací je třeba minulou odstranit. Pokračovat?";
+  // Only UNINST.LST: no earlier installation, the install runs.
+  write_local(local(target_ + "UNINST.LST"), "");
+  ASSERT_EQ(run(), 1) << dump_asked();
+  EXPECT_EQ(asked_count(question), 0);
+  inst_close_lists(state_);
+  // Both: asked; No stops without a message.
+  write_local(local(target_ + "EXE\\UNINSTAL.EXE"), "not a program");
+  asked.clear();
+  boxes_.clear();
+  answers = {{question, {WE_ANSWER_NO}}};
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(asked_count(question), 1);
+  EXPECT_EQ(boxes_.count(), 0u) << boxes_.dump();
+  // Yes, but the uninstaller can't be started.
+  answers.clear();
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(boxes_.only().text, "Chyba při spuštění odinstalačního programu KORVEX");
+}
+
+TEST_F(InstallTest, BadListNamesAreRefusedBeforeCopying) {
+  struct { const char *name, *stored, *directory, *shown; } rows[] = {
+      /* 0 */ {"..\\EVIL.EXE", "E.EXE", ".", "..\\EVIL.EXE"},
+      /* 1 */ {"EVIL.EXE", "E.EXE", "..", ".."},
+      /* 2 */ {"EVIL.EXE", "E.EXE", "A\\B", "A\\B"},
+      /* 3 */ {"A/B", "E.EXE", ".", "A/B"},
+      /* 4 */ {"C:EVIL", "E.EXE", ".", "C:EVIL"},
+      /* 5 */ {"EVIL.EXE", "..\\..\\X", ".", "..\\..\\X"},
+      /* 6 */ {"", "E.EXE", ".", ""},
+      /* 7 */ {"EV\nIL", "E.EXE", ".", "EV?IL"},
+      /* 8 */ {"EVIL.EXE", "E.EXE", "", ""},
+      /* 9 */ {".", "E.EXE", "EXE", "."},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+    boxes_.clear();
+    Medium m = three_files();
+    m.records.push_back(file_record(rows[i].name, rows[i].stored, rows[i].directory, 3, 0, ""));
+    write_medium(m, false);
+    for (auto &r : three_files().records) write_source_file(r.stored, "x");
+    EXPECT_EQ(run(), 0) << "row " << i;
+    inst_close_lists(state_);
+    EXPECT_EQ(boxes_.only().text, std::string("Chybný záznam v seznamu souborů: ") + rows[i].shown)
+        << "row " << i;
+    // Nothing of the list was copied, no directory made.
+    EXPECT_FALSE(kxtest::exists(local(target_ + "EXE"))) << "row " << i;
+    EXPECT_EQ(uninstall_records().size(), 1u) << "row " << i << "\n" << dump_records();
+    clear_target();
+  }
+}
+
+TEST_F(InstallTest, ShortListEndsEarly) {
+  // The header claims five records, three are there: the list ends after them.
+  Medium m = three_files();
+  m.count_override = 5;
+  write_medium(m);
+  ASSERT_EQ(run(), 1) << dump_asked();
+  EXPECT_EQ(install_lines().size(), 3u);
+  // An empty list installs nothing.
+  inst_close_lists(state_);
+  clear_target();
+  write_medium(Medium());
+  ASSERT_EQ(run(), 1) << dump_asked();
+  EXPECT_TRUE(install_lines().empty());
+}

@@ -1,0 +1,586 @@
+// test_shell.cpp - the later install steps: Start-menu group, desktop and quick-launch
+// shortcuts, registry registration, the HTML Help check and the function list. Natively against
+// the in-memory registry and the text-file shortcuts; under Wine against the real registry and
+// real .lnk files (read back through IShellLinkA). The shell folders are pointed into the
+// scratch directory for every case and put back afterwards.
+#include "test_inst_fixture.h"
+
+#include "installer/inst_plat.h"
+#include "installer/startup.h"
+#include "swin/wco.h"
+#include "win/reg.h"
+#include "win/shl.h"
+
+#include <filesystem>
+
+#include <string.h>
+
+#ifdef KX_WIN32
+#include <windows.h>
+#else
+#include <sys/stat.h>
+#endif
+
+namespace fs = std::filesystem;
+using insttest::InstallTest;
+using insttest::Medium;
+using Records = std::vector<std::pair<int, std::string>>;
+
+namespace {
+
+const char SHELL_FOLDERS[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+const int16_t HKCR = REG_ROOT_CLASSES, HKCU = REG_ROOT_CURRENT_USER,
+              HKLM = REG_ROOT_LOCAL_MACHINE;
+const char MAIN_DESCRIPTION[] = "KORVEX - Návrhový systém pro elektroniku 5.003-016";
+const char APP_PATH[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\AppPaths\\KORV5.EXE";
+const char UNINSTALL[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\KORVEX";
+
+std::string reg(int16_t root, const std::string &key, const char *value) {
+  char buffer[KX_PATH];
+  memset(buffer, '#', sizeof buffer);
+  if (!reg_get_string(root, key.c_str(), value, buffer, sizeof buffer)) return "<missing>";
+  return buffer;
+}
+
+// The file-type keys in the order the uninstall list must name them.
+std::vector<std::string> class_keys(const char *d, const char *s, const char *l) {
+  std::vector<std::string> keys = {d, s, l};
+  for (const char *suffix : {"\\Shell\\Open\\command", "\\Shell\\Open", "\\Shell", "\\DefaultIcon", ""})
+    for (const char *type : {"d32_file", "s32_file", "l32_file"}) keys.push_back(std::string(type) + suffix);
+  return keys;
+}
+
+struct Link {
+  bool ok;
+  std::string target, description, directory;
+};
+
+Link read_link(const std::string &path) {
+  char target[KX_PATH], description[KX_PATH], directory[KX_PATH];
+  Link link;
+  link.ok = shl_read_link(path.c_str(), target, description, directory) == 1;
+  link.target = target;
+  link.description = description;
+  link.directory = directory;
+  return link;
+}
+
+class ShellSteps : public InstallTest {
+ protected:
+  void SetUp() override {
+    InstallTest::SetUp();
+    shl_test_reset();
+#ifdef KX_WIN32
+    // Wine's shell hands every saved shortcut to its menu builder, which writes menu entries
+    // for the host; the tests' shortcuts stay in the prefix.
+    SetEnvironmentVariableA("WINEDLLOVERRIDES", "mscoree,mshtml=;winemenubuilder.exe=d");
+#endif
+    exe_ = target_ + "EXE\\";
+    snprintf(program_dir, KX_PATH, "%s", exe_.c_str());
+    for (const char *name : {"KORV5.EXE", "CONFIG.EXE", "UNINSTAL.EXE"})
+      write_local(local(exe_ + name), "MZ");
+    programs_ = root_path() + "Nabidka\\Programy";
+    desktop_ = root_path() + "Plocha";
+    appdata_ = root_path() + "Data";
+    quick_ = appdata_ + "\\Microsoft\\Internet Explorer\\Quick Launch";
+    for (const std::string &d : {programs_, desktop_, quick_}) fs::create_directories(local(d));
+    set_folder(HKLM, "Common Programs", programs_);
+    set_folder(HKCU, "Programs", programs_);
+    set_folder(HKCU, "Desktop", desktop_);
+    set_folder(HKCU, "AppData", appdata_);
+  }
+
+  void TearDown() override {
+    // Put the machine's own shell folders back (the real registry under Wine).
+    for (auto it = saved_.rbegin(); it != saved_.rend(); ++it)
+      reg_set_string(it->root, SHELL_FOLDERS, it->value.c_str(), it->data.c_str());
+    for (auto it = created_.rbegin(); it != created_.rend(); ++it)
+      reg_delete_key(it->first, it->second.c_str());
+    shl_test_reset();
+    InstallTest::TearDown();
+  }
+
+  void set_folder(int16_t root, const char *value, const std::string &path) {
+    std::string old = reg(root, SHELL_FOLDERS, value);
+    if (old != "<missing>") saved_.push_back({root, value, old});
+    ASSERT_EQ(1, reg_set_string(root, SHELL_FOLDERS, value, path.c_str()));
+  }
+
+  // Keys a case made, removed (deepest first, as listed) when the case ends.
+  void created(int16_t root, const std::vector<std::string> &keys) {
+    for (auto it = keys.rbegin(); it != keys.rend(); ++it) created_.push_back({root, *it});
+  }
+
+  std::string dump_boxes() const { return boxes_.dump(); }
+
+  struct Saved {
+    int16_t root;
+    std::string value, data;
+  };
+  std::vector<Saved> saved_;
+  std::vector<std::pair<int16_t, std::string>> created_;
+  std::string exe_, programs_, desktop_, appdata_, quick_;
+};
+
+std::string strip(const std::string &path) {
+  return (!path.empty() && path.back() == '\\') ? path.substr(0, path.size() - 1) : path;
+}
+
+}  // namespace
+
+TEST_F(ShellSteps, StartMenuGroupHoldsThreeShortcuts) {
+  EXPECT_EQ(1, UpdateStartMenu(state_));
+  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
+  ASSERT_FALSE(statuses.empty());
+  EXPECT_EQ("Aktualizace nabídky Start ...", statuses.back());
+  const std::string group = programs_ + "\\KORVEX";
+  struct Row {
+    int n;
+    const char *file;
+    std::string target, description, directory;
+  } rows[] = {
+      {1, "KORVEX.LNK", exe_ + "KORV5.EXE", MAIN_DESCRIPTION, target_ + "Navrhy"},
+      {2, "Konfigurace KORVEX.LNK", exe_ + "CONFIG.EXE", "Konfigurace KORVEX", target_ + "EXE"},
+      {3, "Odinstalace KORVEX.LNK", exe_ + "UNINSTAL.EXE", "Odinstalace KORVEX", strip(target_)},
+  };
+  for (const Row &r : rows) {
+    Link link = read_link(local(group + "\\" + r.file));
+    ASSERT_TRUE(link.ok) << "row " << r.n;
+    EXPECT_EQ(r.target, link.target) << "row " << r.n;
+    EXPECT_EQ(r.description, link.description) << "row " << r.n;
+    EXPECT_EQ(r.directory, link.directory) << "row " << r.n;
+  }
+  // The group is the current directory afterwards.
+  char here[KX_PATH];
+  ASSERT_EQ(1, plat_current_directory(here, sizeof here));
+  EXPECT_EQ(fs::canonical(local(group)), fs::canonical(local(here)));
+#ifndef KX_WIN32
+  const std::string one = "begin create persist load path description directory save release end ";
+  EXPECT_EQ(one + one + one, shl_test_trace());
+  // A second run loads each shortcut and rewrites it in place.
+  shl_test_reset();
+  EXPECT_EQ(1, UpdateStartMenu(state_));
+  const std::string again = "begin create persist load* path description directory save release end ";
+  EXPECT_EQ(again + again + again, shl_test_trace());
+#endif
+}
+
+TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
+  created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
+  created(HKLM, {UNINSTALL, APP_PATH});
+  created(HKCR, class_keys(".d32", ".s32", ".l32"));
+  statuses.clear();
+#ifndef KX_WIN32
+  const int32_t before = reg_test_log_count();   // the shell folders of the fixture
+#endif
+  EXPECT_EQ(1, RegisterAppPath(state_));
+  EXPECT_EQ(1, RegisterUninstall(state_));
+  EXPECT_EQ(1, RegisterFileTypes(state_));
+  EXPECT_EQ(1, RegisterConfigPath(state_));
+  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
+  EXPECT_EQ((std::vector<std::string>{"Aktualizace registru (registrace aplikace) ...",
+                                      "Aktualizace registru (odinstalace) ...",
+                                      "Aktualizace registru (ikony souborů) ...",
+                                      "Aktualizace registru (cesta systémové konfigurace) ..."}),
+            statuses);
+  const std::string command = exe_ + "KORV5.EXE \"%1\"";
+  struct Row {
+    int n;
+    int16_t root;
+    std::string key;
+    const char *value;
+    std::string data;
+  } rows[] = {
+      {1, HKLM, APP_PATH, nullptr, exe_ + "KORV5.EXE"},
+      {2, HKLM, APP_PATH, "Path", strip(exe_)},
+      {3, HKLM, UNINSTALL, "DisplayName", "KORVEX V5.003-016"},
+      {4, HKLM, UNINSTALL, "UninstallString", exe_ + "UNINSTAL.EXE"},
+      {5, HKCR, ".d32", nullptr, "d32_file"},
+      {6, HKCR, ".s32", nullptr, "s32_file"},
+      {7, HKCR, ".l32", nullptr, "l32_file"},
+      {8, HKCR, "d32_file", nullptr, "Soubor návrhu KORVEX"},
+      {9, HKCR, "s32_file", nullptr, "Knihovna značek KORVEX"},
+      {10, HKCR, "l32_file", nullptr, "Knihovna patic KORVEX"},
+      {11, HKCR, "d32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-10"},
+      {12, HKCR, "s32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-11"},
+      {13, HKCR, "l32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-12"},
+      {14, HKCR, "d32_file\\Shell", nullptr, ""},
+      {15, HKCR, "s32_file\\Shell", nullptr, ""},
+      {16, HKCR, "l32_file\\Shell", nullptr, ""},
+      {17, HKCR, "d32_file\\Shell\\Open", nullptr, "&Otevřít"},
+      {18, HKCR, "s32_file\\Shell\\Open", nullptr, "&Otevřít"},
+      {19, HKCR, "l32_file\\Shell\\Open", nullptr, "&Otevřít"},
+      {20, HKCR, "d32_file\\Shell\\Open\\command", nullptr, command},
+      {21, HKCR, "s32_file\\Shell\\Open\\command", nullptr, command},
+      {22, HKCR, "l32_file\\Shell\\Open\\command", nullptr, command},
+      {23, HKLM, "SOFTWARE\\KORV", nullptr, ""},
+      {24, HKLM, "SOFTWARE\\KORV\\KORVEX", nullptr, ""},
+      {25, HKLM, "SOFTWARE\\KORV\\KORVEX\\5", "system_wco_path", target_ + "EXE\\SYSTEM.WCO"},
+  };
+  for (const Row &r : rows)
+    EXPECT_EQ(r.data, reg(r.root, r.key, r.value)) << "row " << r.n << ": " << r.key;
+#ifndef KX_WIN32
+  // The order of the writes, each root flushed after its step's writes; the file types tell
+  // the shell once.
+  std::vector<std::string> expected;
+  auto put = [&](const Row &r) {
+    expected.push_back("S" + std::to_string(r.root) + " " + r.key + " [" +
+                       (r.value ? r.value : "") + "] " + r.data);
+  };
+  put(rows[0]);
+  put(rows[1]);
+  expected.push_back("F2");
+  put(rows[2]);
+  put(rows[3]);
+  expected.push_back("F2");
+  for (int i = 4; i < 22; i++) put(rows[i]);
+  expected.push_back("F0");
+  for (int i = 22; i < 25; i++) put(rows[i]);
+  expected.push_back("F2");
+  std::vector<std::string> got;
+  for (int32_t i = before; i < reg_test_log_count(); i++) {
+    const RegTestWrite *w = reg_test_log(i);
+    if (w->op == 'F')
+      got.push_back("F" + std::to_string(w->root) + w->key);
+    else
+      got.push_back("S" + std::to_string(w->root) + " " + w->key + " [" + w->value + "] " +
+                    w->data);
+  }
+  EXPECT_EQ(expected, got);
+  EXPECT_EQ(1, shl_test_notify_count());
+#endif
+}
+
+TEST_F(ShellSteps, ExtensionsComeFromTheConfiguration) {
+  ConfigStore *store = wco::system_store();
+  ASSERT_NE(nullptr, store);
+  struct Row {
+    int n;
+    const char *design, *schematic, *layout;   // null: key missing
+    const char *d, *s, *l;                     // keys expected
+  } rows[] = {
+      {1, nullptr, nullptr, nullptr, ".d32", ".s32", ".l32"},
+      {2, "DSN", nullptr, nullptr, ".dsn", ".s32", ".l32"},
+      {3, "Dsnx", "SCHX", "ČŘŽ", ".dsn", ".sch", ".čřž"},
+      {4, "A", nullptr, "L32", ".a", ".s32", ".l32"},
+  };
+  for (const Row &r : rows) {
+    struct {
+      const char *section, *key, *value;
+    } keys[] = {{"CO_common", "default_design_extension", r.design},
+                {"CO_schematic", "schema_default_library_extension", r.schematic},
+                {"CO_layout", "layout_default_library_extension", r.layout}};
+    for (auto &k : keys) {
+      wco::remove_key(store, k.section, k.key);
+      if (k.value) wco::set_text(store, k.section, k.key, k.value);
+    }
+    reg_test_reset();
+    std::vector<std::string> expected = class_keys(r.d, r.s, r.l);
+    created(HKCR, expected);
+    EXPECT_EQ(1, RegisterFileTypes(state_)) << "row " << r.n;
+    EXPECT_EQ("d32_file", reg(HKCR, r.d, nullptr)) << "row " << r.n;
+    EXPECT_EQ("s32_file", reg(HKCR, r.s, nullptr)) << "row " << r.n;
+    EXPECT_EQ("l32_file", reg(HKCR, r.l, nullptr)) << "row " << r.n;
+    for (auto &k : keys) wco::remove_key(store, k.section, k.key);
+  }
+  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
+}
+
+TEST_F(ShellSteps, LongProgramDirectoryIsCutNotOverrun) {
+  created(HKLM, {APP_PATH});
+  for (size_t length : {1013u, 1014u, 1015u, 1023u}) {
+    std::string dir = kxtest::pattern_text(length - 1) + "\\";
+    snprintf(program_dir, KX_PATH, "%s", dir.c_str());
+    RegisterAppPath(state_);
+    std::string data = (dir + "KORV5.EXE").substr(0, 1023);
+    EXPECT_EQ(data, reg(HKLM, APP_PATH, nullptr)) << "length " << length;
+    EXPECT_EQ(dir.substr(0, length - 1), reg(HKLM, APP_PATH, "Path")) << "length " << length;
+  }
+}
+
+// ---- HTML Help and the function list -------------------------------------------------------
+
+namespace {
+const char NOTICE_NO_PACKAGE[] =
+    "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat aplikaci "
+    "HTML HELP (Microsoft). Servisní balíček HHUPD.EXE lze získat zdarma na serverech firmy "
+    "Microsoft nebo na našem serveru http://www.korvex.cz/ ";
+const char QUESTION_RUN_PACKAGE[] =
+    "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat aplikaci "
+    "HTML HELP (Microsoft). Má se nyní spustit instalace tohoto servisního balíčku?";
+const char NOTICE_DECLINED[] =
+    "Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). Servisní balíček "
+    "HHUPD.EXE lze získat zdarma na serverech firmy Microsoft nebo na našem serveru "
+    "http://www.korvex.cz/ ";
+const char RUN_FAILED[] = "Chyba při spuštění instalace HTML Help - hhupd.exe (soubor nenalezen?)";
+const char LIST_FAILED[] = "Chyba při vytvoření seznamu konfiguračního seznamu funkcí";
+}  // namespace
+
+#ifndef KX_WIN32
+TEST_F(ShellSteps, HtmlHelpCheckBranches) {
+  struct Row {
+    int n;
+    Flag library;
+    const char *package;   // hhupd.exe's contents; null: no package
+    int16_t answer;
+    std::vector<std::string> asked;   // kind, then text
+    const char *box;
+    bool ran;
+  } rows[] = {
+      {1, 1, "#!/bin/sh\necho ran > ran.txt\n", WE_ANSWER_YES, {}, nullptr, false},
+      {2, 0, nullptr, WE_ANSWER_YES, {"3", NOTICE_NO_PACKAGE}, nullptr, false},
+      {3, 0, "#!/bin/sh\necho ran > ran.txt\n", WE_ANSWER_NO,
+       {"0", QUESTION_RUN_PACKAGE, "3", NOTICE_DECLINED}, nullptr, false},
+      {4, 0, "#!/bin/sh\necho ran > ran.txt\nexit 3\n", WE_ANSWER_YES,
+       {"0", QUESTION_RUN_PACKAGE}, nullptr, true},
+      {5, 0, "not a program", WE_ANSWER_YES, {"0", QUESTION_RUN_PACKAGE}, RUN_FAILED, false},
+  };
+  const std::string package = target_ + "hhlppack\\hhupd.exe";
+  for (const Row &r : rows) {
+    asked.clear();
+    answers.clear();
+    boxes_.clear();
+    fs::remove_all(local(target_ + "hhlppack"));
+    fs::remove(scratch_.file("ran.txt"));
+    fs::current_path(scratch_.path());
+    inst_host_set_library("HHCTRL.OCX", r.library);
+    if (r.package) {
+      write_local(local(package), r.package);
+      chmod(local(package).c_str(), r.box ? 0644 : 0755);
+    }
+    answers.push_back({QUESTION_RUN_PACKAGE, {r.answer}});
+    EXPECT_EQ(1, CheckHtmlHelp(state_)) << "row " << r.n;
+    std::vector<std::string> got;
+    for (const auto &a : asked) {
+      got.push_back(std::to_string(a.kind));
+      got.push_back(a.text);
+    }
+    EXPECT_EQ(r.asked, got) << "row " << r.n;
+    if (r.box) {
+      ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
+      EXPECT_EQ(r.box, boxes_.only().text) << "row " << r.n;
+    } else {
+      EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
+    }
+    EXPECT_EQ(r.ran, kxtest::exists(scratch_.file("ran.txt"))) << "row " << r.n;
+  }
+}
+
+TEST_F(ShellSteps, FunctionListRunsTheInstalledProgram) {
+  struct Row {
+    int n;
+    const char *program;   // null: no EXE directory at all
+    Flag result;
+    const char *box;
+    bool listed;
+  } rows[] = {
+      {1, "#!/bin/sh\n[ \"$1\" = '$f' ] && [ -z \"$2\" ] && echo PFU > PFU_LIST.PFU\nexit 0\n", 1,
+       nullptr, true},
+      {2, "#!/bin/sh\nexit 1\n", 0, LIST_FAILED, false},
+      {3, "MZ", 0, LIST_FAILED, false},
+      {4, nullptr, 0, "Nelze změnit adresář na disku C:", false},
+  };
+  for (const Row &r : rows) {
+    boxes_.clear();
+    fs::current_path(scratch_.path());
+    fs::remove_all(local(exe_));
+    if (r.program) {
+      write_local(local(exe_ + "KORV5.EXE"), r.program);
+      chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+    }
+    EXPECT_EQ(r.result, CreateFunctionList(state_)) << "row " << r.n;
+    if (r.box) {
+      ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
+      EXPECT_EQ(r.box, boxes_.only().text) << "row " << r.n;
+    } else {
+      EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
+    }
+    EXPECT_EQ(r.listed, kxtest::exists(local(exe_ + "PFU_LIST.PFU"))) << "row " << r.n;
+    if (r.result) {
+      // Back in the target directory.
+      char here[KX_PATH];
+      ASSERT_EQ(1, plat_current_directory(here, sizeof here));
+      EXPECT_EQ(fs::canonical(local(target_)), fs::canonical(local(here))) << "row " << r.n;
+    }
+  }
+}
+
+TEST_F(ShellSteps, StartMenuFolderBySystem) {
+  struct Row {
+    int n;
+    int16_t system;
+    int16_t root;            // where the folder is asked for
+    const char *value;
+    const char *message;     // when the key is there but the value is not
+  } rows[] = {
+      {1, SHL_SYSTEM_NT, HKLM, "Common Programs",
+       "Windows NT - Nelze zjistit adresář nabídky Start|Programy"},
+      {2, SHL_SYSTEM_98, HKCU, "Programs",
+       "windows 98 - Nelze zjistit adresář nabídky Start|Programy"},
+      {3, SHL_SYSTEM_95, HKCU, "Programs",
+       "Windows 95 - Nelze zjistit adresář nabídky Start|Programy"},
+  };
+  for (const Row &r : rows) {
+    // The key without the value (which the other root has): the system's message, nothing made.
+    shl_test_set_system(r.system);
+    reg_test_reset();
+    reg_set_string(r.root, SHELL_FOLDERS, "Other", "x");
+    reg_set_string(r.root == HKLM ? HKCU : HKLM, SHELL_FOLDERS, r.value, programs_.c_str());
+    fs::remove_all(local(programs_ + "\\KORVEX"));
+    boxes_.clear();
+    EXPECT_EQ(0, UpdateStartMenu(state_)) << "row " << r.n;
+    ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
+    EXPECT_EQ(r.message, boxes_.only().text) << "row " << r.n;
+    EXPECT_FALSE(fs::exists(local(programs_ + "\\KORVEX"))) << "row " << r.n;
+
+    // No key at all: the group is made below the current directory.
+    reg_test_reset();
+    boxes_.clear();
+    fs::current_path(scratch_.path());
+    EXPECT_EQ(1, UpdateStartMenu(state_)) << "row " << r.n;
+    EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
+    EXPECT_TRUE(read_link(scratch_.file("KORVEX") + "/KORVEX.LNK").ok) << "row " << r.n;
+    fs::current_path(scratch_.path());
+    fs::remove_all(scratch_.file("KORVEX"));
+  }
+  shl_test_reset();
+  shl_test_set_system(SHL_SYSTEM_OTHER);
+  boxes_.clear();
+  EXPECT_EQ(0, UpdateStartMenu(state_));
+  ASSERT_EQ(1u, boxes_.count()) << dump_boxes();
+  EXPECT_EQ("Neznámá verze operačního systému¨\nNelze zjistit adresář nabídky Start|Programy",
+            boxes_.only().text);
+  EXPECT_EQ("", std::string(shl_test_trace())) << "no shortcut is tried";
+}
+
+#endif
+
+// ---- The uninstall list, through whole installs on an empty medium -------------------------
+
+namespace {
+
+class ShellRecords : public ShellSteps {
+ protected:
+  // Runs an install of no files; the later steps find the programs already in EXE.
+  Records run_empty() {
+    write_medium(Medium());
+#ifndef KX_WIN32
+    // The main program as the function-list step starts it: writes PFU_LIST.PFU and ends.
+    write_local(local(exe_ + "KORV5.EXE"),
+                "#!/bin/sh\n[ \"$1\" = '$f' ] && echo PFU > PFU_LIST.PFU\nexit 0\n");
+    chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+#endif
+    created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
+    created(HKLM, {UNINSTALL, APP_PATH});
+    created(HKCR, class_keys(".d32", ".s32", ".l32"));
+    EXPECT_EQ(1, run()) << dump_asked();
+    inst_close_lists(state_);
+    Records all = uninstall_records();
+    // The procedure's own records end with SYSTEM.WCO.
+    size_t at = 0;
+    while (at < all.size() && all[at] != Records::value_type{0, target_ + "EXE\\SYSTEM.WCO"}) at++;
+    EXPECT_LT(at, all.size()) << dump_records();
+    return Records(all.begin() + (at < all.size() ? at + 1 : at), all.end());
+  }
+
+  Records later_records(bool desktop, bool quick, bool function_list) const {
+    const std::string group = programs_ + "\\KORVEX";
+    Records r = {{1, group},
+                 {0, group + "\\KORVEX.LNK"},
+                 {0, group + "\\Konfigurace KORVEX.LNK"},
+                 {0, group + "\\Odinstalace KORVEX.LNK"}};
+    if (desktop) r.push_back({0, desktop_ + "\\KORVEX.LNK"});
+    if (quick) r.push_back({0, quick_ + "\\KORVEX.LNK"});
+    r.push_back({3, APP_PATH});
+    r.push_back({3, UNINSTALL});
+    for (const std::string &key : class_keys(".d32", ".s32", ".l32")) r.push_back({2, key});
+    r.push_back({3, "SOFTWARE\\KORV\\KORVEX\\5"});
+    r.push_back({3, "SOFTWARE\\KORV\\KORVEX"});
+    r.push_back({3, "SOFTWARE\\KORV"});
+    if (function_list) r.push_back({0, target_ + "EXE\\PFU_LIST.PFU"});
+    return r;
+  }
+};
+
+std::string dump(const Records &records) {
+  std::string out;
+  for (auto &r : records) out += std::to_string(r.first) + " " + r.second + "\n";
+  return out;
+}
+
+}  // namespace
+
+#ifndef KX_WIN32
+TEST_F(ShellRecords, OptionsOffGiveTheGroupAndTheRegistryKeys) {
+  Records got = run_empty();
+  EXPECT_EQ(later_records(false, false, true), got) << dump(got);
+  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
+  EXPECT_EQ("PFU\n", kxtest::read_bytes(local(exe_ + "PFU_LIST.PFU")));
+  // Deleting the keys in list order always meets a key without sub-keys.
+  for (const auto &r : got) {
+    if (r.first == 2 || r.first == 3) {
+      EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
+    }
+  }
+}
+
+TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
+  // No rights below HKEY_LOCAL_MACHINE and HKEY_CLASSES_ROOT, no quick-launch folder, and a
+  // main program that fails: every key is still recorded, the function list is not.
+  state_->desktop_icon = 1;
+  state_->quick_launch_icon = 1;
+  fs::remove_all(local(appdata_ + "\\Microsoft"));
+  reg_test_deny(HKLM, nullptr);
+  reg_test_deny(HKCR, nullptr);
+  write_medium(Medium());
+  write_local(local(exe_ + "KORV5.EXE"), "#!/bin/sh\nexit 1\n");
+  chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+  EXPECT_EQ(1, run()) << dump_asked();
+  inst_close_lists(state_);
+  Records all = uninstall_records();
+  Records expected = later_records(true, false, false);
+  ASSERT_GE(all.size(), expected.size()) << dump_records();
+  EXPECT_EQ(expected, Records(all.end() - expected.size(), all.end())) << dump_records();
+  std::vector<std::string> texts;
+  for (size_t i = boxes_at_later_steps; i < boxes_.count(); i++)
+    texts.push_back(boxes_.boxes()[i].text);
+  std::vector<std::string> want = {
+      std::string("Nelze přejít do adresáře " + quick_ +
+                  "\nDo systémové lišty nelze doplnit ikonu,\nVáš systém Windows tuto funkci "
+                  "nepodporuje.")
+          .substr(0, 199),
+      "Chyba při do ukládání registru", "Chyba při do ukládání registru",
+      "Chyba při ukládání do registru", "Chyba při ukládání registru",
+      "Do systémového registru nelze doplnit příponu .d32",
+      "Do systémového registru nelze doplnit příponu .s32",
+      "Do systémového registru nelze doplnit příponu .l32",
+      "Do systémového registru nelze doplnit příponu D32",
+      "Do systémového registru nelze doplnit příponu S32",
+      "Do systémového registru nelze doplnit příponu L32"};
+  for (int round = 0; round < 4; round++)
+    for (const char *type : {"D32", "S32", "L32"})
+      want.push_back(std::string("Do systémového registru nelze doplnit popis přípony ") + type);
+  for (int i = 0; i < 3; i++) want.push_back("Chyba při do ukládání registru");
+  want.push_back("Chyba při vytvoření seznamu konfiguračního seznamu funkcí");
+  EXPECT_EQ(want, texts);
+}
+#else
+TEST_F(ShellRecords, WholeInstallRecordsShortcutsAndKeysInOrder) {
+  // No desktop shortcut here: the shell keeps its Shell Folders values up to date itself, and
+  // saving the Start-menu shortcuts puts the real desktop (the Wine user's home) back.
+  state_->desktop_icon = 0;
+  state_->quick_launch_icon = 1;
+  Records got = run_empty();
+  appdata_ = reg(HKCU, SHELL_FOLDERS, "AppData");
+  quick_ = appdata_ + "\\Microsoft\\Internet Explorer\\Quick Launch";
+  // Under Wine the main program here is no program: the function list is reported, not
+  // recorded.
+  EXPECT_EQ(later_records(false, true, false), got) << dump(got);
+  EXPECT_EQ(exe_ + "KORV5.EXE", read_link(quick_ + "\\KORVEX.LNK").target) << quick_;
+  for (const auto &r : got) {
+    if (r.first == 2 || r.first == 3) {
+      EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
+    }
+  }
+}
+#endif
