@@ -64,12 +64,27 @@ Commands:
                                 button with exactly this text ("OK", "&Ano"); the box must
                                 close. The body is the texts of the box's visible text statics
                                 in window order, joined by \n (empty statics left out)
+  wait-box "TITLE" "BODY" [SECONDS]
+                                wait for such a box but leave it open: the file commands may
+                                run while it is up (a disk is changed while the program asks
+                                for it), and the next box command answers it
+  copy-files "FROM" "TO"        copy every file of the directory FROM (not its subdirectories)
+                                into the directory TO, replacing files of the same name
+  delete-file "PATTERN"         delete every file that the pattern matches (C:\DIR\*.TXT, ...);
+                                none matching is no error, one that stays is
   wait-exit CODE|any [SECONDS]  wait for the program to end, with this exit code
   sleep SECONDS                 wait, still watching for boxes
   snap "FILE.bmp"               a screenshot of the current window into a 24-bit BMP, relative
                                 to the robot's current directory
   kill                          end the program (TerminateProcess)
   timeout SECONDS               the default wait from here on
+  mark                          start the stopwatch
+  elapsed "LABEL"               print "robot: elapsed LABEL N ms", the milliseconds since the
+                                last mark (or since the robot started); a wait polls every
+                                20 ms, so a stretch that ends in a wait is timed to about that
+
+The file commands copy-files and delete-file act on the files only: a box that is up does not
+stop them. Paths are taken as written (a path starting with / is under Z:).
 
 Every command that sends something waits until the program has taken it (a program that
 takes no message for the default wait fails the command); a click's handler has then run, or
@@ -205,14 +220,15 @@ struct Var {
 };
 
 enum Op { OP_START, OP_WINDOW, OP_SET, OP_FOCUS, OP_LEAVE, OP_CLICK, OP_EXPECT, OP_WAIT, OP_BOX,
-          OP_WAIT_EXIT, OP_SLEEP, OP_SNAP, OP_KILL, OP_TIMEOUT };
+          OP_WAIT_EXIT, OP_SLEEP, OP_SNAP, OP_KILL, OP_TIMEOUT, OP_WAIT_BOX, OP_COPY_FILES,
+          OP_DELETE_FILE, OP_MARK, OP_ELAPSED };
 enum Check { CK_TEXT, CK_ENABLED, CK_DISABLED, CK_CHECKED, CK_UNCHECKED, CK_FOCUSED };
 
 struct Step {
   int line = 0;
   std::string source;           // the line as written, UTF-8, trimmed
   Op op = OP_KILL;
-  std::wstring program, file;   // start, snap
+  std::wstring program, file;   // start, snap; copy-files FROM and TO, delete-file PATTERN
   std::vector<std::wstring> args;
   std::string title, body, button, text;  // code page 1250
   int item = 0;
@@ -402,7 +418,9 @@ bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
     {L"start", OP_START}, {L"window", OP_WINDOW}, {L"set", OP_SET}, {L"focus", OP_FOCUS},
     {L"leave", OP_LEAVE}, {L"click", OP_CLICK}, {L"expect", OP_EXPECT}, {L"wait", OP_WAIT},
     {L"box", OP_BOX}, {L"wait-exit", OP_WAIT_EXIT}, {L"sleep", OP_SLEEP}, {L"snap", OP_SNAP},
-    {L"kill", OP_KILL}, {L"timeout", OP_TIMEOUT}};
+    {L"kill", OP_KILL}, {L"timeout", OP_TIMEOUT}, {L"wait-box", OP_WAIT_BOX},
+    {L"copy-files", OP_COPY_FILES}, {L"delete-file", OP_DELETE_FILE}, {L"mark", OP_MARK},
+    {L"elapsed", OP_ELAPSED}};
   bool known = false;
   for (const auto &k : kOps)
     if (!w[0].quoted && w[0].text == k.name) {
@@ -475,9 +493,26 @@ bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
       if (n != 2) break;
       s->file = w[1].text;
       return true;
-    case OP_KILL:
+    case OP_KILL: case OP_MARK:
       if (n != 1) break;
       return true;
+    case OP_ELAPSED:
+      if (n != 2 || !parse_text(w[1], &s->text, err)) break;
+      return true;
+    case OP_WAIT_BOX:
+      if (n < 3 || n > 4 || !parse_text(w[1], &s->title, err) || !parse_text(w[2], &s->body, err)) break;
+      optional_at = 3;
+      break;
+    case OP_COPY_FILES: case OP_DELETE_FILE: {
+      size_t words = s->op == OP_COPY_FILES ? 3 : 2;
+      if (n != words || !w[1].quoted || (words == 3 && !w[2].quoted)) {
+        *err = "wrong words for " + utf8(w[0].text) + " (paths in double quotes, see kxrobot --help)";
+        return false;
+      }
+      s->file = w[1].text;
+      if (words == 3) s->program = w[2].text;
+      return true;
+    }
   }
   if (!err->empty()) return false;
   if (optional_at && n == optional_at) return true;
@@ -827,6 +862,13 @@ bool do_focus(const Step &s) {
   PostMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)item, TRUE);
   if (next) PostMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)next, TRUE);
   if (!settle()) return false;
+  // The two posted moves may still be on their way (the dialog's handlers of the first may send
+  // messages of their own): the focus gets the default wait to arrive.
+  DWORD start = GetTickCount();
+  while (!ended() && ((s.op == OP_FOCUS) != (focus_window() == item)) && GetTickCount() - start < R.default_ms) {
+    Sleep(kPoll);
+    if (!settle()) return false;
+  }
   if (!ended()) {
     HWND focus = focus_window();
     if (s.op == OP_FOCUS && focus != item) {
@@ -942,6 +984,7 @@ bool do_box(const Step &s) {
     if (GetTickCount() - start >= ms) return fail("no " + wanted + " appeared within " + seconds_text(ms));
     Sleep(kPoll);
   }
+  if (s.op == OP_WAIT_BOX) return true;  // left open for the next box command
   Look look = look_at(box);
   HWND button = nullptr;
   for (size_t i = 0; i < look.buttons.size(); i++)
@@ -1074,10 +1117,71 @@ bool end_program() {
   return gone;
 }
 
+// copy-files: every plain file of a directory into another one.
+bool do_copy_files(const Step &s) {
+  std::wstring from = resolve(s.file, false), to = resolve(s.program, false);
+  while (!from.empty() && from.back() == L'\\') from.pop_back();
+  while (!to.empty() && to.back() == L'\\') to.pop_back();
+  WIN32_FIND_DATAW found;
+  HANDLE find = FindFirstFileW((from + L"\\*").c_str(), &found);
+  if (find == INVALID_HANDLE_VALUE) return fail("the directory " + shown(from) + " cannot be read");
+  unsigned long copied = 0;
+  bool ok = true;
+  do {
+    if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+    std::wstring a = from + L"\\" + found.cFileName, b = to + L"\\" + found.cFileName;
+    if (!CopyFileW(a.c_str(), b.c_str(), FALSE)) {
+      detail("error " + number(GetLastError()) + " copying " + shown(a) + " to " + shown(b));
+      ok = false;
+      break;
+    }
+    copied++;
+  } while (FindNextFileW(find, &found));
+  FindClose(find);
+  if (!ok) return fail("a file could not be copied");
+  out("  " + number(copied) + " files copied");
+  return true;
+}
+
+// delete-file: every file that the pattern matches.
+bool do_delete_file(const Step &s) {
+  std::wstring pattern = resolve(s.file, false), dir = pattern;
+  size_t slash = dir.find_last_of(L'\\');
+  dir = slash == std::wstring::npos ? std::wstring() : dir.substr(0, slash + 1);
+  WIN32_FIND_DATAW found;
+  HANDLE find = FindFirstFileW(pattern.c_str(), &found);
+  if (find == INVALID_HANDLE_VALUE) {
+    out("  no file matches");
+    return true;
+  }
+  unsigned long deleted = 0;
+  bool ok = true;
+  do {
+    if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+    std::wstring path = dir + found.cFileName;
+    if (!DeleteFileW(path.c_str())) {
+      detail("error " + number(GetLastError()) + " deleting " + shown(path));
+      ok = false;
+      break;
+    }
+    deleted++;
+  } while (FindNextFileW(find, &found));
+  FindClose(find);
+  if (!ok) return fail("a file could not be deleted");
+  out("  " + number(deleted) + " files deleted");
+  return true;
+}
+
+// The stopwatch of mark and elapsed.
+LARGE_INTEGER stopwatch_start;
+
 bool run_step(const Step &s) {
   // What the last command brought up is judged here: only box (and window) may find a new
-  // window; any other command fails on it before it acts.
-  if (s.op != OP_BOX && s.op != OP_WINDOW && R.process && !ended() && !no_stray_window()) return false;
+  // window; any other command fails on it before it acts. The file commands leave the windows
+  // alone.
+  bool looks = s.op != OP_BOX && s.op != OP_WINDOW && s.op != OP_WAIT_BOX && s.op != OP_COPY_FILES &&
+               s.op != OP_DELETE_FILE;
+  if (looks && R.process && !ended() && !no_stray_window()) return false;
   switch (s.op) {
     case OP_START: return do_start(s);
     case OP_WINDOW: return do_window(s);
@@ -1085,7 +1189,9 @@ bool run_step(const Step &s) {
     case OP_FOCUS: case OP_LEAVE: return do_focus(s);
     case OP_CLICK: return do_click(s);
     case OP_EXPECT: case OP_WAIT: return do_expect(s);
-    case OP_BOX: return do_box(s);
+    case OP_BOX: case OP_WAIT_BOX: return do_box(s);
+    case OP_COPY_FILES: return do_copy_files(s);
+    case OP_DELETE_FILE: return do_delete_file(s);
     case OP_WAIT_EXIT: return do_wait_exit(s);
     case OP_SLEEP: return pause_watching(s.ms);
     case OP_SNAP: return do_snap(s);
@@ -1095,6 +1201,19 @@ bool run_step(const Step &s) {
     case OP_TIMEOUT:
       R.default_ms = s.ms;
       return true;
+    case OP_MARK:
+      QueryPerformanceCounter(&stopwatch_start);
+      return true;
+    case OP_ELAPSED: {
+      LARGE_INTEGER now, freq;
+      QueryPerformanceCounter(&now);
+      QueryPerformanceFrequency(&freq);
+      double ms = (double)(now.QuadPart - stopwatch_start.QuadPart) * 1000.0 / (double)freq.QuadPart;
+      char line[64];
+      snprintf(line, sizeof line, " %.0f ms", ms);
+      out("robot: elapsed " + utf8(from1250(s.text)) + line);
+      return true;
+    }
   }
   return fail("unknown command");
 }
@@ -1132,6 +1251,7 @@ int usage(const std::string &why) {
 
 int main() {
   _setmode(_fileno(stdout), _O_BINARY);
+  QueryPerformanceCounter(&stopwatch_start);
   int argc = 0;
   wchar_t **argv = CommandLineToArgvW(GetCommandLineW(), &argc);
   if (!argv) return usage("no command line");
