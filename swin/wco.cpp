@@ -45,6 +45,7 @@ int32_t copy_trimmed(char *out, const char *text, int32_t limit) {
   size_t length = strlen(text);
   while (length > 0 && blank(text[length - 1])) length--;
   size_t kept = length > (size_t)limit ? (size_t)limit : length;
+  while (kept > 0 && blank(text[kept - 1])) kept--;  // keep this: a cut may end in blanks
   memcpy(out, text, kept);
   out[kept] = 0;
   return length > 0x7FFFFFFF ? 0x7FFFFFFF : (int32_t)length;

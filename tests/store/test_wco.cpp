@@ -97,7 +97,8 @@ TEST(WcoFile, WrittenByteForByte) {
 
 TEST(WcoFile, ReadRules) {
   std::string k41 = kxtest::pattern_text(41), n41 = "S" + kxtest::pattern_text(40),
-              v197(197, 'v');  // "k=" and 197 characters: one whole piece of the reader
+              v197(197, 'v'),  // "k=" and 197 characters: one whole piece of the reader
+              b39(39, ' ');
   // modified: the flag of every section after the load (only what the obsolete-settings step
   // removes counts as a change).
   struct Row { int n; std::string file, want; size_t faults; Flag dirty, modified = 0; } rows[] = {
@@ -119,6 +120,8 @@ TEST(WcoFile, ReadRules) {
       {14, "BEGIN[S]\nk=" + v197 + "\n", "[S]k=" + v197 + ";", 0, 0},
       {15, "BEGIN[S]\nk=" + v197 + "w\n", "[S]k=" + v197 + ";", 0, 0},  // "w" alone: no "="
       {16, "BEGIN[S]\nk=" + v197 + "t = x\n", "[S]k=" + v197 + ";t=x;", 0, 0},
+      // Cut at 40 inside a run of blanks: the cut name and key lose their trailing blanks.
+      {17, "BEGIN[T" + b39 + "y]\nk" + b39 + "x=v\n", "[T]k=v;", 2, 0},
   };
   ScratchDir dir;
   for (const Row &r : rows) {
