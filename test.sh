@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs the whole test suite: installs what is missing, builds the native configuration with
 # AddressSanitizer and UndefinedBehaviorSanitizer and the Windows configuration, runs the
-# native tests, then the Windows tests under Wine (a fresh prefix, Xvfb, code page 1250).
+# native tests, a short run of every fuzz target, then the Windows tests under Wine (a fresh
+# prefix, Xvfb, code page 1250).
 # Exit code 0 only when every test passed.
 set -u
 cd "$(dirname "$0")"
@@ -49,6 +50,14 @@ run_ctest() {
 
 step "native tests"
 run_ctest host build/host
+
+step "fuzzing (each target briefly, clang with libFuzzer)"
+if bash fuzz/run.sh 10 >build/fuzz-run.log 2>&1; then
+  total_pass=$((total_pass + 1))
+else
+  total_fail=$((total_fail + 1)); failed_runs="$failed_runs fuzz"
+fi
+grep -E '^fuzz' build/fuzz-run.log | tail -n 12
 
 step "Windows tests under Wine"
 source cmake/wine-env.sh

@@ -1,0 +1,36 @@
+// fuzz_support.h - what every fuzz target shares: silent boxes and dialogs, a scratch
+// directory of its own, exact-size copies of the input (so that ASan sees a read one byte past
+// the end), and the check that stops the run on a broken promise of a module.
+#ifndef KX_FUZZ_SUPPORT_H
+#define KX_FUZZ_SUPPORT_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+// Installs box and dialog hooks that show nothing (every question answers "No") and counts the
+// boxes. Call once from LLVMFuzzerInitialize.
+void fuzz_silence(void);
+long fuzz_box_count(void);
+
+// A fresh directory under $TMPDIR (or /tmp), removed with its files at exit; with "/" at the
+// end. Made on the first call.
+const char *fuzz_scratch_dir(void);
+
+// Writes size bytes to path (truncating); aborts when that is impossible.
+void fuzz_write_file(const char *path, const uint8_t *data, size_t size);
+
+// A heap copy of data with a NUL after it (exactly size + 1 bytes); free() it.
+char *fuzz_text(const uint8_t *data, size_t size);
+
+// A heap copy of exactly size bytes (at least one byte is allocated); free() it.
+uint8_t *fuzz_block(const uint8_t *data, size_t size);
+
+// Stops the run (abort, so libFuzzer keeps the input) with the message when ok is false.
+#define FUZZ_CHECK(ok, ...) \
+  do { \
+    if (!(ok)) fuzz_fail(__FILE__, __LINE__, __VA_ARGS__); \
+  } while (0)
+[[noreturn]] void fuzz_fail(const char *file, int line, const char *format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+#endif
