@@ -14,6 +14,9 @@ static const char MODULE[] = "copy";
 // Smallest buffer worth asking for: halving stops below this (the last request is 15 bytes).
 static const int32_t COPY_SMALLEST = 10;
 
+// Buffer of each stream: the system calls per megabyte copied go down from about 100 to 8.
+static const size_t COPY_STREAM_BUFFER = 256 * 1024;
+
 // State of the one copy in progress.
 static unsigned char *copy_buffer;
 static FILE *copy_source;
@@ -71,6 +74,11 @@ Flag CopyFile(const char *source, const char *target) {
     if (!copy_target) {
       ErrorBoxF(COPY_TEXT_OPEN, target);
     } else {
+      // Larger stream buffers than the runtime's 4 KB: the passes stay 32,767 bytes, but the
+      // system is asked to read and write only every COPY_STREAM_BUFFER bytes. (The Windows
+      // runtime takes the size; the GNU one keeps its own; either way nothing else changes.)
+      setvbuf(copy_source, NULL, _IOFBF, COPY_STREAM_BUFFER);
+      setvbuf(copy_target, NULL, _IOFBF, COPY_STREAM_BUFFER);
       ok = copy_passes(size);
       // The last bytes reach the disk only here: a full disk may show at the flush alone (an
       // explicit flush, because not every runtime's fclose reports a failed one).

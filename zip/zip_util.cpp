@@ -90,64 +90,142 @@ Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned ch
   return 1;
 }
 
+// ---- Inflating ---------------------------------------------------------------------------
+//
+// The output grows a step at a time (step = the packed length rounded up to 256), but bytes
+// once inflated are never moved while inflating: the first block is one step, zero-filled (the
+// result buffer as it starts); when it is full, room is added as further blocks chained after
+// it, each a whole number of steps and as large as all the room before it (at most
+// ZIP_PIECE_MAX), so that a file of any ratio takes a handful of blocks and zlib writes each
+// byte once. The room is always a whole number of steps, as the step-by-step growth gives.
+// DecompressBuffer then joins the blocks into one zero-filled buffer of that many steps (no
+// copy at all when the first block holds everything, as it does for every file that packs
+// worse than about 1:1); the operations that end in a file write the blocks one after another
+// and never need the joined copy, so a packed file's peak is its packed size plus its plain
+// size.
+
+// Largest block added at one time: big enough that the writes stay few, small enough that the
+// unused end of the last block stays small.
+static const uint32_t ZIP_PIECE_MAX = 8u << 20;
+
+// Header of every block after the first; the room follows the header.
+struct ZipPiece {
+  ZipPiece *next;
+  uint32_t capacity;  // bytes of room
+  uint32_t used;      // bytes inflated into it
+};
+
+// The output of one inflation.
+struct ZipInflated {
+  unsigned char *first;  // the first block: one step, zero-filled, no header
+  uint32_t first_used;
+  uint32_t step;
+  ZipPiece *pieces;  // the blocks after the first, in order
+  uint32_t length;   // bytes inflated in all
+};
+
+static unsigned char *piece_room(ZipPiece *piece) { return (unsigned char *)(piece + 1); }
+
+static void release_inflated(ZipInflated *inflated) {
+  release(inflated->first, __LINE__);
+  inflated->first = NULL;
+  for (ZipPiece *piece = inflated->pieces; piece;) {
+    ZipPiece *next = piece->next;
+    mm_free(piece, MODULE, __LINE__);
+    piece = next;
+  }
+  inflated->pieces = NULL;
+}
+
 // Releases everything of a failed inflation and records the code.
-static Flag inflate_failed(ZipUtil *zip, z_stream *stream, unsigned char *buffer, int code) {
+static Flag inflate_failed(ZipUtil *zip, z_stream *stream, ZipInflated *inflated, int code) {
   if (stream) inflateEnd(stream);
-  mm_free(buffer, MODULE, __LINE__);
+  release_inflated(inflated);
   zip->last_error = (int16_t)code;
   return 0;
 }
 
-Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length) {
-  if (!buffer_arguments_ok(zip, data, length, out, out_length, __LINE__)) return 0;
-  *out_length = 0;
+// Inflates the zlib stream of length bytes at data into *inflated. Returns 1 (last error not
+// yet set), or 0 with the code in the last-error field and nothing held.
+static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipInflated *inflated) {
+  memset(inflated, 0, sizeof *inflated);
   uint64_t step = ((uint64_t)length + 255) & ~(uint64_t)255;
   if (step == 0) step = 256;  // an empty input still gets a buffer; inflate then says -5
-  uint64_t capacity = step;
-  unsigned char *buffer = capacity <= ZIP_BLOCK_MAX
-                              ? (unsigned char *)mm_zalloc((int32_t)capacity, MODULE, __LINE__)
-                              : NULL;
-  if (!buffer) {
-    zip->last_error = Z_MEM_ERROR;
-    return 0;
-  }
+  if (step > ZIP_BLOCK_MAX) return inflate_failed(zip, NULL, inflated, Z_MEM_ERROR);
+  inflated->step = (uint32_t)step;
+  inflated->first = (unsigned char *)mm_zalloc((int32_t)step, MODULE, __LINE__);
+  if (!inflated->first) return inflate_failed(zip, NULL, inflated, Z_MEM_ERROR);
+  // The largest block added at once: whole steps, at least one.
+  uint64_t largest = ZIP_PIECE_MAX / step * step;
+  if (largest < step) largest = step;
 
   z_stream stream;
   memset(&stream, 0, sizeof stream);  // zalloc, zfree, opaque null: zlib's own allocators
   stream.next_in = (Bytef *)data;
   stream.avail_in = (uInt)length;
-  stream.next_out = buffer;
-  stream.avail_out = (uInt)capacity;
+  stream.next_out = inflated->first;
+  stream.avail_out = (uInt)step;
   int rc = inflateInit(&stream);
-  if (rc != Z_OK) return inflate_failed(zip, NULL, buffer, rc);
+  if (rc != Z_OK) return inflate_failed(zip, NULL, inflated, rc);
 
+  uint64_t capacity = step;
+  ZipPiece **tail = &inflated->pieces;
+  ZipPiece *current = NULL;  // the block being filled; null for the first
   for (;;) {
     rc = inflate(&stream, Z_NO_FLUSH);
     if (rc == Z_STREAM_END) break;
-    if (rc != Z_OK) return inflate_failed(zip, &stream, buffer, rc);
-    // Z_OK with room left means the input ran out: the next call reports it (-5). Grow only a
-    // full buffer, by one step, copying only the bytes inflated so far (the rest is zero).
+    if (rc != Z_OK) return inflate_failed(zip, &stream, inflated, rc);
+    // Z_OK with room left means the input ran out: the next call reports it (-5). Only a
+    // full block gets more room after it.
     if (stream.avail_out > 0) continue;
-    uint64_t larger = capacity + step;
-    unsigned char *grown = larger <= ZIP_BLOCK_MAX
-                               ? (unsigned char *)mm_zalloc((int32_t)larger, MODULE, __LINE__)
-                               : NULL;
-    if (!grown) return inflate_failed(zip, &stream, buffer, Z_MEM_ERROR);
-    uint64_t done = (uint64_t)stream.total_out;
-    memcpy(grown, buffer, (size_t)done);
-    mm_free(buffer, MODULE, __LINE__);
-    buffer = grown;
-    capacity = larger;
-    stream.next_out = buffer + done;
-    stream.avail_out = (uInt)(capacity - done);
+    if (current) current->used = current->capacity;
+    else inflated->first_used = (uint32_t)step;
+    uint64_t more = capacity < largest ? capacity : largest;
+    ZipPiece *piece = capacity + more <= ZIP_BLOCK_MAX
+                          ? (ZipPiece *)mm_alloc((int32_t)(sizeof(ZipPiece) + more), MODULE, __LINE__)
+                          : NULL;
+    if (!piece) return inflate_failed(zip, &stream, inflated, Z_MEM_ERROR);
+    piece->next = NULL;
+    piece->capacity = (uint32_t)more;
+    piece->used = 0;
+    *tail = piece;
+    tail = &piece->next;
+    current = piece;
+    capacity += more;
+    stream.next_out = piece_room(piece);
+    stream.avail_out = (uInt)more;
   }
-
-  uint32_t total = (uint32_t)stream.total_out;
+  if (current) current->used = current->capacity - (uint32_t)stream.avail_out;
+  else inflated->first_used = (uint32_t)step - (uint32_t)stream.avail_out;
+  inflated->length = (uint32_t)stream.total_out;
   rc = inflateEnd(&stream);
-  if (rc != Z_OK) return inflate_failed(zip, NULL, buffer, rc);
+  if (rc != Z_OK) return inflate_failed(zip, NULL, inflated, rc);
+  return 1;
+}
+
+Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length) {
+  if (!buffer_arguments_ok(zip, data, length, out, out_length, __LINE__)) return 0;
+  *out_length = 0;
+  ZipInflated inflated;
+  if (!inflate_blocks(zip, data, length, &inflated)) return 0;
+  unsigned char *buffer = inflated.first;
+  if (inflated.pieces) {
+    // Join: one zero-filled buffer of the whole steps that hold the data.
+    uint64_t steps = ((uint64_t)inflated.length + inflated.step - 1) / inflated.step;
+    uint64_t capacity = steps * inflated.step;
+    buffer = capacity <= ZIP_BLOCK_MAX ? (unsigned char *)mm_zalloc((int32_t)capacity, MODULE, __LINE__) : NULL;
+    if (!buffer) return inflate_failed(zip, NULL, &inflated, Z_MEM_ERROR);
+    memcpy(buffer, inflated.first, inflated.first_used);
+    uint32_t at = inflated.first_used;
+    for (ZipPiece *piece = inflated.pieces; piece; piece = piece->next) {
+      memcpy(buffer + at, piece_room(piece), piece->used);
+      at += piece->used;
+    }
+    release_inflated(&inflated);
+  }
   zip->last_error = Z_OK;
   *out = buffer;
-  *out_length = total;
+  *out_length = inflated.length;
   return 1;
 }
 
@@ -212,6 +290,30 @@ static Flag write_whole_file(ZipUtil *zip, const char *name, unsigned char *data
   return 1;
 }
 
+// Writes the inflated blocks to the file (created or truncated), one write per block, and
+// releases them whatever happens. Returns 1, or 0 with -10.
+static Flag write_inflated(ZipUtil *zip, const char *name, ZipInflated *inflated) {
+  FileObject *file = NULL;
+  Flag ok = 0;
+  if (file_create(&file, name)) {
+    if (file_open(file, FILE_WRITE_BINARY)) {
+      ok = file_write(file, inflated->first, (int32_t)inflated->first_used);
+      for (ZipPiece *piece = inflated->pieces; ok && piece; piece = piece->next)
+        ok = file_write(file, piece_room(piece), (int32_t)piece->used);
+      // The close flushes the last data: a full disk may show only here.
+      if (!file_close(file, 0)) ok = 0;
+    }
+    file_destroy(&file);
+  }
+  release_inflated(inflated);
+  if (!ok) {
+    zip->last_error = ZIP_FILE_ERROR;
+    return 0;
+  }
+  zip->last_error = Z_OK;
+  return 1;
+}
+
 Flag CompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, const char *file) {
   if (!zip || !data || length == 0 || !file) {
     InternalError(MODULE, __LINE__);
@@ -231,10 +333,9 @@ Flag DecompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, con
     InternalError(MODULE, __LINE__);
     return 0;
   }
-  unsigned char *plain = NULL;
-  uint32_t plain_length = 0;
-  if (!DecompressBuffer(zip, data, length, &plain, &plain_length)) return 0;
-  return write_whole_file(zip, file, plain, plain_length);
+  ZipInflated inflated;
+  if (!inflate_blocks(zip, data, length, &inflated)) return 0;
+  return write_inflated(zip, file, &inflated);
 }
 
 Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length) {
@@ -290,12 +391,11 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target) {
   unsigned char *data;
   uint32_t length;
   if (!read_whole_file(zip, source, &data, &length)) return 0;
-  unsigned char *plain = NULL;
-  uint32_t plain_length = 0;
-  Flag ok = DecompressBuffer(zip, data, length, &plain, &plain_length);
-  release(data, __LINE__);
+  ZipInflated inflated;
+  Flag ok = inflate_blocks(zip, data, length, &inflated);
+  release(data, __LINE__);  // before the target is opened
   if (!ok) return 0;
-  return write_whole_file(zip, target, plain, plain_length);
+  return write_inflated(zip, target, &inflated);
 }
 
 // ---- Messages ----------------------------------------------------------------------------

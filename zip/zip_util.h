@@ -85,11 +85,12 @@ Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned ch
 
 Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length);
 // Inflates the zlib stream of length bytes at data into a new buffer.
-// The output starts at one step, step = length rounded up to a multiple of 256 (at least 256),
-// and whenever inflate has filled it, it is replaced by a zero-filled buffer one step larger
-// and the bytes so far copied over. The growth is linear on purpose: a stream that inflates to
-// n bytes costs about n * n / (2 * step) bytes of copying, which is fine for installation files
-// of modest size and slow for extreme ratios.
+// The output grows by whole steps, step = length rounded up to a multiple of 256 (at least
+// 256): it starts as one zero-filled step, and the buffer handed out holds the least number of
+// steps that hold the data. Inflated bytes are not moved while the output grows (more room
+// is chained on, each time as much as there is, up to 8 MB or one step), and they are joined
+// into that buffer once at the end -- or not at all when the first step holds everything. So
+// the cost is one inflation and at most one copy, at any compression ratio.
 // Returns 1 with *out the buffer (its capacity may be larger than the data; the rest is zero),
 // *out_length the exact inflated length, last error 0. Bytes after the end of the stream are
 // ignored.
@@ -145,6 +146,8 @@ Flag CompressFile(ZipUtil *zip, const char *source, const char *target);
 
 Flag DecompressFile(ZipUtil *zip, const char *source, const char *target);
 // Inflates the packed source file into target: the installer's one call per packed file.
+// The inflated steps are written one after another, never joined: the most held at once is
+// the packed file and its plain data.
 // The target may exist; it is truncated and rewritten -- but only once inflating has
 // succeeded: a damaged or cut source (-3, -5), an empty source (-5) or a memory failure (-4)
 // leaves no new target and an existing one untouched. The source is never modified.

@@ -135,10 +135,14 @@ TEST(ZipBuffer, StreamsOfAnotherProducer) {
     EXPECT_EQ(ok ? rows[i].plain.size() : 0, n);
     EXPECT_TRUE(ok ? take(out, n) == rows[i].plain : out == nullptr);
     EXPECT_EQ("", ledger.leftovers());
-    if (i == 5) {  // the output grows by one step, the packed length rounded up to 256
+    if (i == 5) {  // whole steps (the packed length rounded up to 256); the buffer handed out
+                   // holds the fewest steps that hold the data, built from a handful of blocks
       const std::vector<uint32_t> req = ledger.requests("zip_util");
-      ASSERT_EQ(820u, req.size());
-      for (size_t k = 0; k < req.size(); k++) ASSERT_EQ((k + 1) * 1280, req[k]) << "request " << k + 1;
+      ASSERT_GE(req.size(), 3u);
+      EXPECT_EQ(1280u, req.front());
+      EXPECT_EQ(820u * 1280, req.back());
+      EXPECT_LE(req.size(), 14u) << "one block per step would be quadratic";
+      for (size_t k = 0; k < req.size(); k++) EXPECT_EQ(0u, req[k] % 1280) << "request " << k + 1;
     }
   }
 }
