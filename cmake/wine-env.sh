@@ -17,8 +17,8 @@ wine_env_start() {
   export LC_ALL=cs_CZ.UTF-8
   export WINEDEBUG=-all
   export WINEARCH=win32
-  # No Mono or Gecko installers at prefix creation.
-  export WINEDLLOVERRIDES="mscoree,mshtml="
+  # No Mono or Gecko installers at prefix creation; no menu entries on the host for shortcuts.
+  export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
   mkdir -p "$dir"
   export WINEPREFIX="$dir/prefix"
   # KX_KEEP_PREFIX=1 reuses a prefix made by an earlier run (for quick rounds while developing);

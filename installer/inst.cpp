@@ -466,8 +466,10 @@ Flag check_space(InstallState *state) {
 
 // ---- Disks and the transfer loop -----------------------------------------------------------
 
+}  // namespace
+
 // Checks that the source holds disk current_disk by its identification file.
-Flag disk_check(InstallState *state) {
+Flag DiskIdFile(InstallState *state) {
   char name[ILST_DISK_ID_NAME];
   char path[KX_PATH];
   if (current_disk < 0 || !ilst_disk_id_name((uint16_t)current_disk, name) ||
@@ -501,6 +503,8 @@ Flag disk_check(InstallState *state) {
   file_destroy(&file);
   return ok;
 }
+
+namespace {
 
 Flag alternative_executable(const char *name) {
   char upper[ILST_NAME_MAX + 1];
@@ -558,7 +562,7 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
 // Step 11.
 Flag transfer_files(InstallState *state) {
   current_disk = 0;
-  if (!disk_check(state)) return 0;
+  if (!DiskIdFile(state)) return 0;
   if (!list_rewind(state)) return 0;
   Flag packed = state->header_words[3] != 0;
   int16_t got;
@@ -573,7 +577,7 @@ Flag transfer_files(InstallState *state) {
         char prompt[WE_TEXT_SIZE];
         snprintf(prompt, sizeof prompt, "Vlož DISK%d", current_disk + 1);
         InfoBox(prompt);
-        if (disk_check(state)) break;
+        if (DiskIdFile(state)) break;
         if (!QuestionBox("Zkusit znovu")) return 0;
       }
     }
