@@ -549,12 +549,17 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   file_delete(packed_copy);
   if (!is_root_directory(state->directory)) {
     SetStatusTextF(TEXT_COPYING, unpacked, installed);
-    if (!CopyFile(unpacked, installed)) {
-      ErrorBoxF(TEXT_COPY_FAILED, unpacked);
-      return 0;
+    // The copy ends with the file in the subdirectory and none in the target directory; on
+    // the same disk a rename does that without writing the file a second time.
+    file_delete(installed);
+    if (!plat_move_file(unpacked, installed)) {
+      if (!CopyFile(unpacked, installed)) {
+        ErrorBoxF(TEXT_COPY_FAILED, unpacked);
+        return 0;
+      }
+      file_delete(unpacked);
     }
     RecordInstalledFile(installed, nullptr, nullptr);
-    file_delete(unpacked);
   }
   return 1;
 }
