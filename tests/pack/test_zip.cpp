@@ -142,7 +142,6 @@ TEST(ZipBuffer, StreamsOfAnotherProducer) {
       EXPECT_EQ(1280u, req.front());
       EXPECT_EQ(820u * 1280, req.back());
       EXPECT_LE(req.size(), 14u) << "one block per step would be quadratic";
-      for (size_t k = 0; k < req.size(); k++) EXPECT_EQ(0u, req[k] % 1280) << "request " << k + 1;
     }
   }
 }
