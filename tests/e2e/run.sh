@@ -236,10 +236,11 @@ scenario_fresh_plain() {
 # 3. Floppies: the source directory holds one disk at a time; the robot changes them.
 scenario_floppies() {
   make_payload "$sdir/payload"
-  # SETUP.EXE alone fills most of a floppy of our size: the first disk must still hold it.
+  # Disks that hold SETUP.EXE and one of the big files, never two: at least three disks.
   head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY1.LIB"
   head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY2.LIB"
-  local capacity=$(( $(stat -c %s "$setup_exe") + 600000 ))
+  head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY3.LIB"
+  local capacity=$(( $(stat -c %s "$setup_exe") + 1600000 ))
   make_medium "$sdir/payload" "$sdir/disks" --packed --capacity $capacity || return
   [ -d "$sdir/disks/DISK3" ] || { fail "the medium has fewer than three disks"; return; }
   # Disk 2 with the wrong number, and with an unknown keyword.
@@ -535,6 +536,195 @@ scenario_uninstall() {
   setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
   export KX_E2E_SAVED="$(winpath "$sdir/installed-uninst.lst")" KX_E2E_DESIGN=MUJ.D32
   check Uninstalled
+}
+
+# 12. Bad media: lists shorter than their header, and records whose names would leave the
+# target (or carry control characters). Each is refused with its box before anything is copied.
+# badmedia_patch LIST WHAT VALUE: WHAT is "cut N" (keep N bytes) or FIELD (name, stored, dir)
+# of the record of A.TXT set to VALUE (Python escapes), or FIELD of the last record.
+badmedia_patch() {
+  python3 - "$@" <<'PY'
+import sys
+path, what, value = sys.argv[1], sys.argv[2], sys.argv[3]
+data = bytearray(open(path, 'rb').read())
+if what == 'cut':
+    data = data[:int(value)]
+else:
+    field, _, which = what.partition('@')
+    offset = {'name': 0, 'stored': 17, 'dir': 34}[field]
+    count = (len(data) - 92) // 140
+    names = [bytes(data[92 + 140 * i:92 + 140 * i + 17]).split(b'\0')[0] for i in range(count)]
+    i = count - 1 if which == 'last' else names.index(b'A.TXT')
+    raw = value.encode('latin-1').decode('unicode_escape').encode('latin-1')
+    at = 92 + 140 * i + offset
+    data[at:at + 17] = raw.ljust(17, b'\0')[:17]
+open(path, 'wb').write(bytes(data))
+PY
+}
+
+scenario_badmedia() {
+  mkdir -p "$sdir/payload/SUB"
+  printf 'soubor A\r\n' >"$sdir/payload/A.TXT"
+  printf 'soubor B\r\n' >"$sdir/payload/B.TXT"
+  printf 'soubor C\r\n' >"$sdir/payload/SUB/C.TXT"
+  make_medium "$sdir/payload" "$sdir/medium" --flat --plain || return
+  local bad_list='Chybná cesta/soubor nenalezen: DISKLIST.LST'
+  local bad_record='Chybný záznam v seznamu souborů: '
+  # WHAT|VALUE|the box's body
+  local cases=(
+    "cut|0|$bad_list"
+    "cut|50|$bad_list"
+    "cut|91|$bad_list"
+    "name|..\\\\EVIL.TXT|${bad_record}..\\EVIL.TXT"
+    "name|../EVIL.TXT|${bad_record}../EVIL.TXT"
+    "name|C:\\\\EVIL.TXT|${bad_record}C:\\EVIL.TXT"
+    "name|C:EVIL.TXT|${bad_record}C:EVIL.TXT"
+    "name|\\\\EVIL.TXT|${bad_record}\\EVIL.TXT"
+    "name|..|${bad_record}.."
+    "name|.|${bad_record}."
+    "name|A\\x01.TXT|${bad_record}A?.TXT"
+    "name|EVIL.TXT\\x09|${bad_record}EVIL.TXT?"
+    "name|EVIL\\x7f.TXT|${bad_record}EVIL?.TXT"
+    "stored|..\\\\A.TXT|${bad_record}..\\A.TXT"
+    "stored|A/B.TXT|${bad_record}A/B.TXT"
+    "stored|..|${bad_record}.."
+    "dir|..\\\\..\\\\EVIL|${bad_record}..\\..\\EVIL"
+    "dir|C:|${bad_record}C:"
+    "dir|SUB\\x1f|${bad_record}SUB?"
+    "dir|/EVIL|${bad_record}/EVIL"
+    "name@last|..\\\\EVIL.TXT|${bad_record}..\\EVIL.TXT"
+  )
+  local script=$sdir/badmedia.kxr args=() n=0 c what value body
+  cp "$here/badmedia.kxr" "$script"
+  for c in "${cases[@]}"; do
+    n=$((n + 1))
+    IFS='|' read -r what value body <<<"$c"
+    cp -r "$sdir/medium" "$sdir/m$n"
+    if [ "${what%% *}" = cut ]; then
+      badmedia_patch "$sdir/m$n/DISKLIST.LST" cut "$value"
+    else
+      badmedia_patch "$sdir/m$n/DISKLIST.LST" "$what" "$value"
+    fi
+    args+=("S$n=$(source_of "$sdir/m$n")" "E$n=$body")
+    printf '%s\n' "# $n: $what $value" "set 7 \"\${S$n}\"" "leave 7" "set 10 \"C:\\\\T$n\\\\\"" \
+      "leave 10" "click 14" "box \" Chyba \" \"\${E$n}\" answer \"OK\" 120" \
+      "wait text 17 \"Instalace nebyla úspěšná\" 120" >>"$script"
+  done
+  # A target of 1,100 characters, and a source of as many: the box cuts the path short.
+  local long
+  long=$(printf 'A%.0s' $(seq 1 1100))
+  args+=("LONG=C:\\$long\\" "ELONG=Příliš dlouhá cesta C:\\${long:0:176}")
+  args+=("LONGSRC=$(source_of "$sdir/medium")$long\\")
+  printf '%s\n' "# target and source of 1,100 characters" "set 7 \"\${S1}\"" "leave 7" \
+    "set 10 \"\${LONG}\"" "leave 10" "click 14" "box \" Chyba \" \"\${ELONG}\" answer \"OK\" 120" \
+    "wait text 17 \"Instalace nebyla úspěšná\" 120" "set 10 \"C:\\\\TL\\\\\"" "leave 10" \
+    "set 7 \"\${LONGSRC}\"" "leave 7" "click 14" "sleep 8" >>"$script"
+  printf '%s\n' "expect enabled 14" "click 15" "wait-exit 0 30" >>"$script"
+  fresh_prefix prefix
+  robot "$script" SETUP="$sdir/medium/SETUP.EXE" "${args[@]}"
+  [ -z "$(find "$cdrive" -maxdepth 1 -name 'AAAA*')" ] || fail "a directory was made for the long target"
+  # Nothing outside the targets, and no file copied into them.
+  local evil
+  evil=$(find "$WINEPREFIX" "$sdir" -iname '*EVIL*' 2>/dev/null)
+  [ -z "$evil" ] || fail "a bad name reached the disk: $evil"
+  # README.TXT and DISKLIST.LST go to the target before the list is read: each must be in
+  # UNINST.LST; no file of the list may be there.
+  for n in $(seq 1 ${#cases[@]}); do
+    local copied
+    copied=$(find "$cdrive/T$n" -iname 'A.TXT' -o -iname 'B.TXT' -o -iname 'SUB' 2>/dev/null)
+    [ -z "$copied" ] || fail "medium $n: copied from the list: $copied"
+    badmedia_recorded "$cdrive/T$n" "C:\\T$n\\" || fail "medium $n: a file not in UNINST.LST"
+  done
+}
+
+# badmedia_recorded DIR WINDIR: every file in DIR (but UNINST.LST) is a record of its UNINST.LST.
+badmedia_recorded() {
+  python3 - "$@" <<'PY2'
+import os, sys
+d, w = sys.argv[1], sys.argv[2]
+if not os.path.isdir(d):
+    sys.exit(0)
+data = open(os.path.join(d, 'UNINST.LST'), 'rb').read() if os.path.exists(os.path.join(d, 'UNINST.LST')) else b''
+paths = {data[i:i + 1028][2:].split(b'\0')[0].decode('cp1250').upper() for i in range(0, len(data) - 1027, 1028)}
+bad = 0
+for f in sorted(os.listdir(d)):
+    if f.upper() != 'UNINST.LST' and (w + f).upper() not in paths:
+        print('   not in UNINST.LST:', w + f, 'records:', sorted(paths))
+        bad = 1
+sys.exit(bad)
+PY2
+}
+
+# 13. A packed medium whose stored DATA.BIN is garbage, cut short, empty, or a directory; and
+# one whose disk file has a garbage line; a list whose count is past its records.
+scenario_badmedia_packed() {
+  make_payload "$sdir/payload"
+  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
+  local stored
+  stored=$(cd "$sdir/medium" && ls | grep -i '^DATA\.BI_$')
+  [ -n "$stored" ] || { fail "no stored DATA.BIN on the medium"; return; }
+  local unzip='Komprese/dekomprese dat - chyba ve vstupních datech'
+  local short='Komprese/dekomprese dat - nepostačující buffer'
+  # HOW|the box's body|the status at the end
+  local cases=(
+    "garbage|$unzip|Instalace proběhla úspěšně"
+    "cut|$short|Instalace proběhla úspěšně"
+    "empty|$short|Instalace proběhla úspěšně"
+    "directory|Nelze otevřít soubor @|Instalace nebyla úspěšná|Chyba při kopírování souboru @"
+    "korv|Neznámé klíčové slovo v souboru #A.KORV|Instalace nebyla úspěšná"
+    "count||Instalace proběhla úspěšně"
+  )
+  fresh_prefix prefix
+  local n=0 c how box end box2
+  for c in "${cases[@]}"; do
+    n=$((n + 1))
+    IFS='|' read -r how box end box2 <<<"$c"
+    local m=$sdir/m$n
+    cp -r "$sdir/medium" "$m"
+    case $how in
+      garbage) head -c 5000 /dev/urandom >"$m/$stored" ;;
+      cut) head -c 1000 "$sdir/medium/$stored" >"$m/$stored.cut" && mv "$m/$stored.cut" "$m/$stored" ;;
+      empty) : >"$m/$stored" ;;
+      directory) rm "$m/$stored" && mkdir "$m/$stored" ;;
+      count) python3 -c "import sys; d = bytearray(open(sys.argv[1], 'rb').read()); d[86] += 50; open(sys.argv[1], 'wb').write(bytes(d))" "$m/DISKLIST.LST" ;;
+      korv) printf 'DISK: 1\r\n\001\377 smeti\r\n' >"$m/A.KORV" ;;
+    esac
+    box=${box//@/$(source_of "$m")$stored}
+    box=${box//#/$(source_of "$m")}
+    if [ -z "$box" ]; then
+      robot badmedia_packed0 SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" END="$end"
+    elif [ -n "$box2" ]; then
+      robot badmedia_packed2 SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" BOX="$box" END="$end" \
+        BOX2="${box2//@/$(source_of "$m")$stored}"
+    else
+      robot badmedia_packed SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" BOX="$box" END="$end"
+    fi
+    if [ "$how" = count ]; then
+      # A count past the records: the records that are there are installed, no more.
+      [ -e "$cdrive/P$n/DATA.BIN" ] && [ -e "$cdrive/P$n/EXE/KORV5.EXE" ] ||
+        fail "medium $n: the records of a list with too large a count were not installed"
+    elif [ -e "$cdrive/P$n/DATA.BIN" ]; then fail "medium $n: DATA.BIN was installed from a bad stored file"; fi
+    [ -d "$cdrive/P$n" ] && { badmedia_recorded_all "$cdrive/P$n" "C:\\P$n\\" || fail "medium $n: a file not in UNINST.LST"; }
+  done
+}
+
+# badmedia_recorded_all DIR WINDIR: every file under DIR (but UNINST.LST) is in its UNINST.LST.
+badmedia_recorded_all() {
+  python3 - "$@" <<'PY2'
+import os, sys
+d, w = sys.argv[1], sys.argv[2]
+u = os.path.join(d, 'UNINST.LST')
+data = open(u, 'rb').read() if os.path.exists(u) else b''
+paths = {data[i:i + 1028][2:].split(b'\0')[0].decode('cp1250').upper() for i in range(0, len(data) - 1027, 1028)}
+bad = 0
+for top, dirs, files in os.walk(d):
+    for f in files:
+        rel = os.path.relpath(os.path.join(top, f), d).replace('/', '\\')
+        if rel.upper() != 'UNINST.LST' and (w + rel).upper() not in paths:
+            print('   not in UNINST.LST:', w + rel)
+            bad = 1
+sys.exit(bad)
+PY2
 }
 
 # ---- main --------------------------------------------------------------------------------
