@@ -64,7 +64,8 @@ if [ -d "$target" ]; then
   for key in 'HKLM\SOFTWARE\KORV\KORVEX\5' 'HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\AppPaths\KORV5.EXE' \
              'HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\KORVEX' 'HKCR\.d32' 'HKCR\.s32' 'HKCR\.l32' \
              'HKCR\d32_file' 'HKCR\d32_file\DefaultIcon' 'HKCR\d32_file\Shell\Open\command'; do
-    wine reg query "$key" >"$out/reg.txt" 2>/dev/null </dev/null && iconv -f CP1250 -t UTF-8 "$out/reg.txt" | tr -d '\r' | sed '/^$/d; s/^/    /'
+    # reg writes in the console (OEM) code page, 852 for Czech
+    wine reg query "$key" >"$out/reg.txt" 2>/dev/null </dev/null && iconv -f CP852 -t UTF-8 "$out/reg.txt" | tr -d '\r' | sed '/^$/d; s/^/    /'
   done
   echo "=== shortcuts"
   find "$drive_c" -iname '*.lnk' -newer "$out/cd/SETUP.EXE" 2>/dev/null | sed "s|^$drive_c/|    C:/|"

@@ -52,6 +52,12 @@ wine_env_start() {
     # Xvfb has no window manager: let Wine manage its windows itself. Otherwise every closing
     # box waits two seconds for a manager, and windows have no caption in screenshots.
     wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 </dev/null
+    # The user's folders (Desktop, Documents, ...) are links to the host's home: make them
+    # folders of the prefix, so that shortcuts and files made in them stay in the prefix.
+    local folder
+    for folder in "$WINEPREFIX/drive_c/users/$(id -un)"/*; do
+      if [ -L "$folder" ]; then rm -f "$folder" && mkdir -p "$folder"; fi
+    done
   fi
   # Start the system processes now, with their output on /dev/null.
   wine cmd /c exit >/dev/null 2>&1 </dev/null
