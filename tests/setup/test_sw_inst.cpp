@@ -9,38 +9,35 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <stdio.h>
 #include <string.h>
 #include <string>
 
 namespace {
 
-const char kFill = '#';
-
-// A KX_PATH buffer pre-filled with the pattern, then the text.
+// A KX_PATH buffer pre-filled with the pattern, then the text (at most 1023 characters).
 struct PathBuffer {
   char bytes[KX_PATH];
   explicit PathBuffer(const std::string &text) {
-    memset(bytes, kFill, sizeof bytes);
-    size_t n = text.size() < KX_PATH - 1 ? text.size() : KX_PATH - 1;
-    memcpy(bytes, text.data(), n);
-    bytes[n] = 0;
+    memset(bytes, '#', sizeof bytes);
+    snprintf(bytes, sizeof bytes, "%s", text.c_str());
   }
   std::string str() const { return std::string(bytes, strnlen(bytes, KX_PATH)); }
 };
+std::string x(size_t n) { return std::string(n, 'x'); }
 
 TEST(SwInstPath, AddBackslash) {
   struct Row { std::string in, out; } rows[] = {
       /* 0 */ {"", "\\"},
-      /* 1 */ {std::string(1022, 'x'), std::string(1022, 'x') + "\\"},        // fits exactly
-      /* 2 */ {std::string(1023, 'x'), std::string(1022, 'x') + "\\"},        // no room: cut
-      /* 3 */ {std::string(1022, 'x') + "\\", std::string(1022, 'x') + "\\"}, // has it already
+      /* 1 */ {x(1022), x(1022) + "\\"},         // fits exactly
+      /* 2 */ {x(1023), x(1022) + "\\"},         // no room: cut
+      /* 3 */ {x(1022) + "\\", x(1022) + "\\"},  // has it already
   };
   for (size_t i = 0; i < KX_COUNT(rows); i++) {
     PathBuffer b(rows[i].in);
     EXPECT_EQ(1, sw_inst_add_backslash(b.bytes)) << "row " << i;
     std::string got = b.str();
-    EXPECT_EQ(rows[i].out.size(), got.size()) << "row " << i;
-    EXPECT_TRUE(rows[i].out == got) << "row " << i << ": got \"" << got.substr(0, 40) << "...\"";
+    EXPECT_TRUE(rows[i].out == got) << "row " << i << ": got " << got.size() << " \"" << got.substr(0, 40) << "...\"";
   }
   // A buffer filled to the last byte with no terminator is taken as cut at 1023.
   char full[KX_PATH];
@@ -57,10 +54,8 @@ TEST(SwInstPath, LeavingAField) {
   struct Row { std::string field; Flag result; std::string field_after, state_after; } rows[] = {
       /* 0 */ {"D:\\MEDIUM", 1, "D:\\MEDIUM\\", "D:\\MEDIUM\\"},
       /* 1 */ {"C", 0, old_path, old_path},           // "C\": no ":" second
-      /* 2 */ {"C:" + std::string(1021, 'x'), 1, "C:" + std::string(1020, 'x') + "\\",
-               "C:" + std::string(1020, 'x') + "\\"},
-      /* 3 */ {"C:" + std::string(1020, 'x'), 1, "C:" + std::string(1020, 'x') + "\\",
-               "C:" + std::string(1020, 'x') + "\\"},
+      /* 2 */ {"C:" + x(1021), 1, "C:" + x(1020) + "\\", "C:" + x(1020) + "\\"},
+      /* 3 */ {"C:" + x(1020), 1, "C:" + x(1020) + "\\", "C:" + x(1020) + "\\"},
   };
   for (size_t i = 0; i < KX_COUNT(rows); i++) {
     PathBuffer field(rows[i].field), state(old_path);
@@ -81,12 +76,12 @@ TEST(SwInstPath, TargetFromBrowsedFolder) {
       /* 0 */ {"C:\\PROGRAMS", "C:\\PROGRAMS\\KORV5\\"},
       /* 1 */ {"D:\\Moje\\xKorV5y\\data", "D:\\Moje\\xKorV5y\\data\\"},  // any case, anywhere
       /* 2 */ {"C:\\KORV", "C:\\KORV\\KORV5\\"},
-      /* 3 */ {"C:\\" + std::string(1014, 'x'), "C:\\" + std::string(1014, 'x') + "\\KORV5"},  // cut
-      /* 4 */ {"C:\\" + std::string(1013, 'x'), "C:\\" + std::string(1013, 'x') + "\\KORV5\\"},
+      /* 3 */ {"C:\\" + x(1014), "C:\\" + x(1014) + "\\KORV5"},  // cut
+      /* 4 */ {"C:\\" + x(1013), "C:\\" + x(1013) + "\\KORV5\\"},
   };
   for (size_t i = 0; i < KX_COUNT(rows); i++) {
     PathBuffer target("");
-    memset(target.bytes, kFill, sizeof target.bytes);
+    memset(target.bytes, '#', sizeof target.bytes);
     EXPECT_EQ(1, sw_inst_target_from_folder(rows[i].folder.c_str(), target.bytes)) << "row " << i;
     std::string got = target.str();
     EXPECT_LE(got.size(), (size_t)KX_PATH - 1) << "row " << i;
@@ -106,15 +101,11 @@ RECT screen_rect(HWND w) {
   return r;
 }
 
-std::string item_name(int id) { return "item " + std::to_string(id); }
-
 TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
   kxtest::BoxRecorder boxes;
   InstallerDialog *dialog = new InstallerDialog(nullptr);
-  ASSERT_TRUE(dialog->state != nullptr);
   ASSERT_EQ(1, sw_inst_open(dialog));
   HWND w = (HWND)dialog->window;
-  ASSERT_TRUE(w != nullptr);
 
   RECT outer = screen_rect(w);
   EXPECT_LE(outer.right - outer.left, 800) << "window width";
@@ -127,18 +118,16 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
   RECT rects[KX_COUNT(ids)];
   for (size_t i = 0; i < KX_COUNT(ids); i++) {
     HWND item = GetDlgItem(w, ids[i]);
-    ASSERT_TRUE(item != nullptr) << item_name(ids[i]) << " is missing";
+    ASSERT_TRUE(item != nullptr) << "item " << ids[i] << " is missing";
     rects[i] = screen_rect(item);
-    EXPECT_GE(rects[i].left, client.left) << item_name(ids[i]);
-    EXPECT_GE(rects[i].top, client.top) << item_name(ids[i]);
-    EXPECT_LE(rects[i].right, client.right) << item_name(ids[i]);
-    EXPECT_LE(rects[i].bottom, client.bottom) << item_name(ids[i]);
+    RECT in;
+    EXPECT_TRUE(IntersectRect(&in, &rects[i], &client) && EqualRect(&in, &rects[i])) << "item " << ids[i] << " outside";
   }
   for (size_t i = 0; i < KX_COUNT(ids); i++)
     for (size_t j = i + 1; j < KX_COUNT(ids); j++) {
       RECT common;
       EXPECT_FALSE(IntersectRect(&common, &rects[i], &rects[j]))
-          << item_name(ids[i]) << " overlaps " << item_name(ids[j]);
+          << "item " << ids[i] << " overlaps " << ids[j];
     }
 
   // Every text that can be shown fits its item on one line: the labels and buttons, the
@@ -170,9 +159,9 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
     RECT r;
     GetClientRect(item, &r);
     EXPECT_LE(size.cx + t.room, r.right - r.left)
-        << item_name(t.id) << " cuts \"" << t.text << "\": " << size.cx << " + " << t.room
+        << "item " << t.id << " cuts \"" << t.text << "\": " << size.cx << " + " << t.room
         << " pixels in " << (r.right - r.left);
-    EXPECT_LE(size.cy, r.bottom - r.top) << item_name(t.id) << " is too low for its text";
+    EXPECT_LE(size.cy, r.bottom - r.top) << "item " << t.id << " is too low for its text";
   }
 
   // The opening's states, seen from inside.

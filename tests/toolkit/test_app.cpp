@@ -1,5 +1,5 @@
 // The application shell: app_run with a modeless main dialog from the factory, the ways the loop
-// ends, the pre-translation hook, accelerators, the status sink and app_pump.
+// ends, the pre-translation hook, the status sink and app_pump.
 #include "tk_dialogs.h"
 #include "tk_watch.h"
 
@@ -23,16 +23,12 @@ Flag factory(void *parent, Dialog **out, int16_t type) {
   factory_type = type;
   factory_parent = parent;
   *out = nullptr;
-  if (type != 100) return 0;
-  if (!dialog_open(main_dialog, main_template->bytes())) return 0;
+  if (type != 100 || !dialog_open(main_dialog, main_template->bytes())) return 0;
   *out = main_dialog;
   return 1;
 }
 
-Flag refusing_factory(void *, Dialog **out, int16_t) {
-  *out = nullptr;
-  return 0;
-}
+Flag refusing_factory(void *, Dialog **out, int16_t) { return *out = nullptr, 0; }
 
 struct AppFixture : testing::Test {
   tk::Template tpl{"Hlavní okno", 160, 100, WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_VISIBLE};
@@ -60,61 +56,50 @@ struct AppFixture : testing::Test {
   int32_t run_with(std::function<void(HWND)> act) {
     tk::Watch watch("Hlavní okno", std::move(act));
     int32_t code = app_run(GetModuleHandleA(nullptr), SW_SHOWNORMAL);
-    EXPECT_TRUE(watch.fired);
-    EXPECT_FALSE(watch.timed_out);
+    EXPECT_TRUE(watch.fired && !watch.timed_out);
     return code;
   }
 };
 
-TEST_F(AppFixture, MainDialogEndedWithACodeEndsTheLoopWithIt) {
-  void *handle_during = nullptr;
-  Application *app_during = nullptr;
-  int32_t code = run_with([&](HWND d) {
-    handle_during = we_main_window_handle();
-    app_during = application;
-    EXPECT_EQ(d, application->main_window);
-    EXPECT_EQ(&dialog, application->modeless);
-    EXPECT_NE(nullptr, application->main_object);
-    dialog_end(&dialog, 5);
-  });
-  EXPECT_EQ(5, code);
-  EXPECT_EQ(1, factory_calls);
-  EXPECT_EQ(100, factory_type);
-  EXPECT_EQ(nullptr, factory_parent);
-  EXPECT_NE(nullptr, handle_during);
-  EXPECT_NE(nullptr, app_during);
-  EXPECT_EQ(1, dialog.init_calls) << "the modeless dialog was initialised twice";
-  EXPECT_FALSE(IsWindow((HWND)handle_during));
-}
-
-TEST_F(AppFixture, AppQuitWinsOverTheDestroyedMainDialog) {
-  EXPECT_EQ(4, run_with([&](HWND) {
-              app_quit(4);
-              dialog_end(&dialog, 8);
-            }));
-}
-
-TEST_F(AppFixture, QuitTakenByThePumpInALongOperationStillEndsTheLoop) {
-  int32_t pumped = -1;
-  EXPECT_EQ(9, run_with([&](HWND) {
-              PostQuitMessage(9);
-              pumped = app_pump();
-            }));
-  EXPECT_EQ(1, pumped);
+TEST_F(AppFixture, WaysTheLoopEnds) {
+  const struct {
+    int how;  // 0 dialog_end(5); 1 app_quit(4), then dialog_end(8); 2 WM_QUIT taken by app_pump
+    int32_t code;
+  } rows[] = {{0, 5}, {1, 4}, {2, 9}};
+  for (const auto &r : rows) {
+    SCOPED_TRACE(testing::Message() << "row " << r.how);
+    TearDown();  // leaves nothing of the row before
+    SetUp();
+    tk::TestDialog fresh;
+    main_dialog = &fresh;
+    void *handle_during = nullptr;
+    Flag pumped = -1;
+    EXPECT_EQ(r.code, run_with([&](HWND d) {
+                handle_during = we_main_window_handle();
+                EXPECT_EQ(d, application->main_window);
+                EXPECT_EQ(&fresh, application->modeless);
+                EXPECT_NE(nullptr, application->main_object);
+                if (r.how == 1) app_quit(4);
+                if (r.how == 2) PostQuitMessage(9), pumped = app_pump();
+                else dialog_end(&fresh, r.how ? 8 : 5);
+              }));
+    EXPECT_EQ(r.how == 2 ? 1 : -1, pumped);
+    EXPECT_EQ(1, factory_calls);
+    EXPECT_EQ(100, factory_type);
+    EXPECT_EQ(nullptr, factory_parent);
+    EXPECT_EQ(1, fresh.init_calls) << "the modeless dialog was initialised twice";
+    EXPECT_NE(nullptr, handle_during);
+    EXPECT_FALSE(IsWindow((HWND)handle_during));
+  }
 }
 
 TEST_F(AppFixture, FailuresBeforeTheLoopGiveZeroAndNoWindow) {
-  struct Row {
-    int line;
+  const struct {
     AppWindowFactory factory;
     int16_t type;
-  } rows[] = {
-      {__LINE__, nullptr, 100},
-      {__LINE__, refusing_factory, 100},
-      {__LINE__, factory, 101},  // a type the factory does not know
-  };
-  for (const Row &r : rows) {
-    SCOPED_TRACE(testing::Message() << "row at line " << r.line);
+  } rows[] = {{nullptr, 100}, {refusing_factory, 100}, {factory, 101} /* a type it does not know */};
+  for (const auto &r : rows) {
+    SCOPED_TRACE(testing::Message() << "type " << r.type);
     app_set_window_factory(r.factory, r.type);
     EXPECT_EQ(0, app_run(GetModuleHandleA(nullptr), SW_SHOWNORMAL));
     EXPECT_EQ(nullptr, tk::find_dialog(""));
@@ -129,12 +114,12 @@ void status_sink(void *context, const char *text) {
   status_seen = text;
 }
 
-TEST_F(AppFixture, StatusTextReachesTheProgramsSink) {
+TEST_F(AppFixture, StatusTextReachesTheProgramsSinkOnlyWhileRunning) {
   int context = 0;
   app_set_status_sink(status_sink, &context);
   status_seen = "(nic)";
   SetStatusText("před startem");
-  EXPECT_EQ("(nic)", status_seen) << "no main window yet";
+  EXPECT_EQ("(nic)", status_seen);
   EXPECT_EQ(0, run_with([&](HWND) {
               SetStatusTextF("Kopíruji %d", 7);
               dialog_end(&dialog, 0);
@@ -166,8 +151,7 @@ TEST_F(AppFixture, PreTranslationHookMayTakeAMessage) {
   };
   EXPECT_EQ(6, run_with([&](HWND d) {
               // A window that is no dialog's child goes past IsDialogMessageA to the hook.
-              plain = CreateWindowA("EDIT", "", WS_POPUP, 0, 0, 50, 20, nullptr, nullptr,
-                                    nullptr, nullptr);
+              plain = CreateWindowA("EDIT", "", WS_POPUP, 0, 0, 50, 20, nullptr, nullptr, nullptr, nullptr);
               PostMessageA(plain, WM_KEYDOWN, 'Q', 1);  // taken: no character comes of it
               PostMessageA(plain, WM_CHAR, 'x', 1);
               PostMessageA(d, WM_COMMAND, tk::BUTTON_ITEM, 0);

@@ -28,19 +28,18 @@ std::wstring string_at(const uint8_t *p, size_t *at) {
 }
 
 TEST(Dres, HeaderFieldByField) {
-  struct Row {
-    int line;
-    const char *title;
-    const char *font;
+  const struct {
+    const char *title, *font;
     std::wstring wide_title;
   } rows[] = {
-      {__LINE__, "Instalace", "MS Sans Serif", L"Instalace"},
-      {__LINE__, "Přerušit instalaci ?", "Tahoma", L"P\u0159eru\u0161it instalaci ?"},
-      {__LINE__, "", nullptr, L""},
-      {__LINE__, nullptr, "MS Sans Serif", L""},
+      /* 0 */ {"Instalace", "MS Sans Serif", L"Instalace"},
+      /* 1 */ {"Přerušit instalaci ?", "Tahoma", L"P\u0159eru\u0161it instalaci ?"},
+      /* 2 */ {"", nullptr, L""},
+      /* 3 */ {nullptr, "MS Sans Serif", L""},
   };
-  for (const Row &r : rows) {
-    SCOPED_TRACE(testing::Message() << "row at line " << r.line);
+  for (size_t i = 0; i < KX_COUNT(rows); i++) {
+    const auto &r = rows[i];
+    SCOPED_TRACE(testing::Message() << "row " << i);
     DialogTemplate *t = dres_create(r.title, WS_POPUP | WS_CAPTION | DS_SETFONT, -3, 4, 200, 150,
                                     r.font, 9);
     ASSERT_NE(nullptr, t);
@@ -48,14 +47,10 @@ TEST(Dres, HeaderFieldByField) {
     uint32_t style = dword_at(p, 0);
     EXPECT_EQ(r.font ? (uint32_t)DS_SETFONT : 0u, style & DS_SETFONT) << std::hex << style;
     EXPECT_EQ((uint32_t)(WS_POPUP | WS_CAPTION), style & ~(uint32_t)DS_SETFONT);
-    EXPECT_EQ(0u, dword_at(p, 4));                 // extended style
-    EXPECT_EQ(0, word_at(p, 8));                   // no items yet
-    EXPECT_EQ((uint16_t)-3, word_at(p, 10));
-    EXPECT_EQ(4, word_at(p, 12));
-    EXPECT_EQ(200, word_at(p, 14));
-    EXPECT_EQ(150, word_at(p, 16));
-    EXPECT_EQ(0, word_at(p, 18));                  // menu
-    EXPECT_EQ(0, word_at(p, 20));                  // class
+    EXPECT_EQ(0u, dword_at(p, 4));  // extended style
+    // items, x, y, cx, cy, menu, class
+    const uint16_t words[] = {0, (uint16_t)-3, 4, 200, 150, 0, 0};
+    for (size_t w = 0; w < 7; w++) EXPECT_EQ(words[w], word_at(p, 8 + 2 * w)) << "at " << 8 + 2 * w;
     size_t at = 22;
     EXPECT_EQ(r.wide_title, string_at(p, &at));
     if (r.font) {
@@ -74,7 +69,7 @@ TEST(Dres, ItemsStartOnADwordAndCarryTheirClassAtom) {
   // Titles of odd and even lengths, so that every padding (0 and 2 bytes) occurs.
   DialogTemplate *t = dres_create("Ab", DS_MODALFRAME, 0, 0, 100, 100, "MS Sans Serif", 8);
   ASSERT_NE(nullptr, t);
-  struct Row {
+  const struct {
     uint16_t atom;
     const char *text;
     int32_t id;
@@ -86,7 +81,7 @@ TEST(Dres, ItemsStartOnADwordAndCarryTheirClassAtom) {
       {DRES_COMBOBOX, "abc", 9, L"abc"},
   };
   int16_t y = 0;
-  for (const Row &r : rows) ASSERT_EQ(1, dres_add(t, r.atom, r.text, r.id, WS_TABSTOP, 1, y++, 30, 12));
+  for (const auto &r : rows) ASSERT_EQ(1, dres_add(t, r.atom, r.text, r.id, WS_TABSTOP, 1, y++, 30, 12));
   const uint8_t *p = (const uint8_t *)dres_bytes(t);
   EXPECT_EQ(6, word_at(p, 8));
   size_t at = 22;
@@ -94,20 +89,16 @@ TEST(Dres, ItemsStartOnADwordAndCarryTheirClassAtom) {
   at += 2;            // point size
   string_at(p, &at);  // font
   y = 0;
-  for (const Row &r : rows) {
+  for (const auto &r : rows) {
     SCOPED_TRACE(testing::Message() << "item " << r.text);
     size_t aligned = (at + 3) & ~(size_t)3;
     for (size_t i = at; i < aligned; i++) EXPECT_EQ(0, p[i]) << "padding at " << i;
     at = aligned;
     EXPECT_EQ((uint32_t)(WS_TABSTOP | WS_CHILD | WS_VISIBLE), dword_at(p, at));
     EXPECT_EQ(0u, dword_at(p, at + 4));
-    EXPECT_EQ(1, word_at(p, at + 8));
-    EXPECT_EQ((uint16_t)y++, word_at(p, at + 10));
-    EXPECT_EQ(30, word_at(p, at + 12));
-    EXPECT_EQ(12, word_at(p, at + 14));
-    EXPECT_EQ((uint16_t)r.id, word_at(p, at + 16));
-    EXPECT_EQ(0xFFFF, word_at(p, at + 18));
-    EXPECT_EQ(r.atom, word_at(p, at + 20));
+    // x, y, cx, cy, id (low word), class atom
+    const uint16_t words[] = {1, (uint16_t)y++, 30, 12, (uint16_t)r.id, 0xFFFF, r.atom};
+    for (size_t w = 0; w < 7; w++) EXPECT_EQ(words[w], word_at(p, at + 8 + 2 * w)) << "at +" << 8 + 2 * w;
     at += 22;
     EXPECT_EQ(r.wide, string_at(p, &at));
     EXPECT_EQ(0, word_at(p, at));  // no creation data

@@ -39,33 +39,20 @@ struct Msg {
 class TestDialog : public Dialog {
  public:
   Flag init_result = 1, ok_result = 1, message_result = 0;
-  int init_calls = 0, placed_calls = 0, ok_calls = 0, size_calls = 0;
+  int init_calls = 0, placed_calls = 0, ok_calls = 0;
   std::vector<Msg> messages;
   std::function<void(TestDialog *)> placed;        // runs in on_placed
   std::function<Flag(TestDialog *, unsigned, uintptr_t, intptr_t)> handler;  // on_message
 
-  Flag on_init() override {
-    init_calls++;
-    return init_result;
-  }
+  Flag on_init() override { return init_calls++, init_result; }
   void on_placed() override {
     placed_calls++;
     if (placed) placed(this);
   }
-  Flag on_ok() override {
-    ok_calls++;
-    return ok_result;
-  }
-  void on_size(uintptr_t, intptr_t) override { size_calls++; }
+  Flag on_ok() override { return ok_calls++, ok_result; }
   Flag on_message(unsigned message, uintptr_t wparam, intptr_t lparam) override {
     messages.push_back(Msg{message, wparam, lparam});
-    if (handler) return handler(this, message, wparam, lparam);
-    return message_result;
-  }
-  size_t count(unsigned message) const {
-    size_t n = 0;
-    for (const Msg &m : messages) n += m.message == message;
-    return n;
+    return handler ? handler(this, message, wparam, lparam) : message_result;
   }
 };
 

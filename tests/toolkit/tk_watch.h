@@ -1,6 +1,6 @@
 // tk_watch.h - drives the real dialogs of the test's own thread from a thread timer: the timer
-// fires inside whatever modal loop is running, finds a top-level dialog by title, records what
-// it shows (texts read as UTF-16 and converted to code page 1250) and acts on it as a user would.
+// fires inside whatever modal loop runs, finds a top-level dialog by title, records what it shows
+// (texts as UTF-16 converted to code page 1250) and acts on it as a user would.
 #ifndef KX_TK_WATCH_H
 #define KX_TK_WATCH_H
 
@@ -18,45 +18,32 @@ inline std::string text_1250(HWND window) {
   int n = GetWindowTextLengthW(window);
   std::wstring wide((size_t)n + 1, L'\0');
   GetWindowTextW(window, &wide[0], n + 1);
-  wide.resize((size_t)n);
-  if (wide.empty()) return std::string();
-  int bytes = WideCharToMultiByte(1250, 0, wide.c_str(), (int)wide.size(), nullptr, 0, nullptr, nullptr);
-  std::string out((size_t)bytes, '\0');
-  WideCharToMultiByte(1250, 0, wide.c_str(), (int)wide.size(), &out[0], bytes, nullptr, nullptr);
+  std::string out((size_t)n * 2 + 1, '\0');
+  out.resize((size_t)WideCharToMultiByte(1250, 0, wide.c_str(), n, &out[0], (int)out.size(), nullptr, nullptr));
   return out;
 }
 
-inline std::string class_of(HWND window) {
+inline bool is_class(HWND window, const char *cls) {
   char name[64] = {0};
   GetClassNameA(window, name, sizeof name);
-  return name;
+  return !lstrcmpiA(name, cls);
 }
 
-// What a dialog showed: title, static texts and buttons in window order.
+// What a dialog showed: title, owner, static texts and buttons in window order.
 struct Seen {
-  HWND window = nullptr;
   std::string title;
   std::vector<std::string> statics, buttons;
-  std::vector<int> button_ids;
   HWND owner = nullptr;
-  RECT rect = {0, 0, 0, 0};
 };
 
-inline Seen look(HWND dialog) {
-  Seen s;
-  s.window = dialog;
-  s.title = text_1250(dialog);
-  s.owner = GetWindow(dialog, GW_OWNER);
-  GetWindowRect(dialog, &s.rect);
+inline HWND find_button(HWND dialog, const std::string &text, Seen *seen = nullptr) {
   for (HWND c = GetWindow(dialog, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
-    std::string cls = class_of(c);
-    if (!lstrcmpiA(cls.c_str(), "Static")) s.statics.push_back(text_1250(c));
-    if (!lstrcmpiA(cls.c_str(), "Button")) {
-      s.buttons.push_back(text_1250(c));
-      s.button_ids.push_back(GetDlgCtrlID(c));
-    }
+    if (seen && is_class(c, "Static")) seen->statics.push_back(text_1250(c));
+    if (!is_class(c, "Button")) continue;
+    if (seen) seen->buttons.push_back(text_1250(c));
+    else if (text_1250(c) == text) return c;
   }
-  return s;
+  return nullptr;
 }
 
 struct FindCtx {
@@ -66,7 +53,7 @@ struct FindCtx {
 
 inline BOOL CALLBACK find_one(HWND w, LPARAM p) {
   FindCtx *c = (FindCtx *)p;
-  if (!IsWindowVisible(w) || class_of(w) != "#32770") return TRUE;
+  if (!IsWindowVisible(w) || !is_class(w, "#32770")) return TRUE;
   if (!c->title->empty() && text_1250(w) != *c->title) return TRUE;
   c->found = w;
   return FALSE;
@@ -79,15 +66,9 @@ inline HWND find_dialog(const std::string &title) {
   return ctx.found;
 }
 
-inline HWND find_button(HWND dialog, const std::string &text) {
-  for (HWND c = GetWindow(dialog, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT))
-    if (!lstrcmpiA(class_of(c).c_str(), "Button") && text_1250(c) == text) return c;
-  return nullptr;
-}
-
 // One watcher at a time: waits for the dialog titled title, records it, then runs act on it.
-// If no such dialog shows within the time limit, every dialog of the thread is cancelled so
-// that the test does not hang, and timed_out is set.
+// If none shows within the limit, every dialog of the thread is cancelled (no hang) and
+// timed_out is set.
 class Watch {
  public:
   Watch(std::string title, std::function<void(HWND)> act, DWORD limit_ms = 5000)
@@ -110,18 +91,16 @@ class Watch {
   static void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD) {
     Watch *w = current();
     if (!w || w->fired) return;
-    HWND d = find_dialog(w->title_);
-    if (d) {
+    if (HWND d = find_dialog(w->title_)) {
       w->fired = true;
-      w->seen = look(d);
+      w->seen.title = text_1250(d);
+      w->seen.owner = GetWindow(d, GW_OWNER);
+      find_button(d, "", &w->seen);
       w->act_(d);
-      return;
-    }
-    if (GetTickCount() - w->start_ > w->limit_) {
+    } else if (GetTickCount() - w->start_ > w->limit_) {
       w->fired = w->timed_out = true;
       HWND any;
-      int guard = 0;
-      while ((any = find_dialog("")) && guard++ < 40) EndDialog(any, 2), DestroyWindow(any);
+      for (int guard = 0; (any = find_dialog("")) && guard < 40; guard++) EndDialog(any, 2), DestroyWindow(any);
     }
   }
   std::string title_;
@@ -130,32 +109,12 @@ class Watch {
   UINT_PTR timer_;
 };
 
-// Actions.
+// Clicks the button with this text; without one, a failure and Cancel.
 inline std::function<void(HWND)> press(const std::string &button) {
   return [button](HWND d) {
     HWND b = find_button(d, button);
-    if (b) {
-      PostMessageA(b, BM_CLICK, 0, 0);
-    } else {
-      ADD_FAILURE() << "no button '" << button << "'";
-      PostMessageA(d, WM_COMMAND, IDCANCEL, 0);
-    }
-  };
-}
-inline std::function<void(HWND)> escape() {
-  return [](HWND d) {
-    HWND focus = GetFocus();
-    PostMessageA(focus ? focus : d, WM_KEYDOWN, VK_ESCAPE, 1);
-    PostMessageA(focus ? focus : d, WM_KEYUP, VK_ESCAPE, 0xC0000001);
-  };
-}
-inline std::function<void(HWND)> close_box() {
-  return [](HWND d) { PostMessageA(d, WM_SYSCOMMAND, SC_CLOSE, 0); };
-}
-inline std::function<void(HWND)> enter() {
-  return [](HWND d) {
-    HWND focus = GetFocus();
-    PostMessageA(focus ? focus : d, WM_KEYDOWN, VK_RETURN, 1);
+    if (!b) ADD_FAILURE() << "no button '" << button << "'";
+    PostMessageA(b ? b : d, b ? BM_CLICK : WM_COMMAND, b ? 0 : IDCANCEL, 0);
   };
 }
 
