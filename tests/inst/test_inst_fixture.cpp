@@ -252,9 +252,9 @@ std::vector<std::string> InstallTest::install_lines() const {
   return out;
 }
 
-std::string InstallTest::dump_records() const {
+std::string InstallTest::dump(const std::vector<std::pair<int, std::string>> &records) {
   std::string out;
-  for (auto &r : uninstall_records()) out += std::to_string(r.first) + " " + r.second + "\n";
+  for (auto &r : records) out += std::to_string(r.first) + " " + r.second + "\n";
   return out;
 }
 

@@ -54,7 +54,8 @@ class InstallTest : public ::testing::Test {
   // UNINST.LST of the target as (kind, path) pairs.
   std::vector<std::pair<int, std::string>> uninstall_records() const;
   std::vector<std::string> install_lines() const;
-  std::string dump_records() const;
+  std::string dump_records() const { return dump(uninstall_records()); }
+  static std::string dump(const std::vector<std::pair<int, std::string>> &records);
   std::string dump_asked() const;
   int asked_count(const std::string &text) const;
 

@@ -32,7 +32,8 @@ TEST_F(InstallTest, RecordsJoinAndCut) {
   on_pump = [] { abort_requested = 1; };
   ASSERT_EQ(run(), 0);
   on_pump = nullptr;
-  const std::string p1023 = kxtest::pattern_text(1023);
+  const std::string p1023 = kxtest::pattern_text(1023), p1022 = p1023.substr(0, 1022),
+                    p1025 = p1023 + "xy", p1024 = p1023 + "\\";
   struct { int kind; const char *a, *b, *c; std::string want; } rows[] = {
       /* 0 */ {0, "C:\\K\\", "EXE", "SYSTEM.WCO", "C:\\K\\EXE\\SYSTEM.WCO"},
       /* 1 */ {0, "C:\\K", "EXE\\", "X", "C:\\K\\EXE\\X"},
@@ -44,15 +45,10 @@ TEST_F(InstallTest, RecordsJoinAndCut) {
       /* 7 */ {2, ".d32\\shell\\open", nullptr, nullptr, ".d32\\shell\\open"},
       /* 8 */ {3, "SOFTWARE\\KORV\\", nullptr, nullptr, "SOFTWARE\\KORV\\"},
       /* 9 */ {0, p1023.c_str(), nullptr, nullptr, p1023},
-      /* 10 */ {0, p1023.substr(0, 1022).c_str(), "AB", nullptr, p1023.substr(0, 1022) + "\\"},
-      /* 11 */ {2, (p1023 + "xy").c_str(), nullptr, nullptr, p1023},
-      /* 12 */ {1, (p1023 + "\\").c_str(), nullptr, nullptr, p1023},
+      /* 10 */ {0, p1022.c_str(), "AB", nullptr, p1022 + "\\"},
+      /* 11 */ {2, p1025.c_str(), nullptr, nullptr, p1023},
+      /* 12 */ {1, p1024.c_str(), nullptr, nullptr, p1023},
   };
-  // Rows 10-12 hold pointers into temporaries: keep the texts alive.
-  std::string row10 = p1023.substr(0, 1022), row11 = p1023 + "xy", row12 = p1023 + "\\";
-  rows[10].a = row10.c_str();
-  rows[11].a = row11.c_str();
-  rows[12].a = row12.c_str();
   const size_t before = 1;   // DISKLIST.LST, copied before the abort
   for (auto &r : rows) {
     Flag ok = r.kind == 0   ? RecordInstalledFile(r.a, r.b, r.c)

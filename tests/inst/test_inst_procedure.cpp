@@ -251,27 +251,30 @@ TEST_F(InstallTest, MissingStoredFileSkippedOrFatal) {
   }
 }
 
-TEST_F(InstallTest, OverwriteQuestionNoStopsQuietly) {
-  write_medium(three_files());
-  write_local(local(target_ + "EXE\\KORV5.EXE"), "old");
-  write_local(local(target_ + "CTIMNE.TXT"), "old");
-  answers.push_back({"Existující soubory budou přepsány, pokračovat", {WE_ANSWER_NO}});
-  EXPECT_EQ(run(), 0);
-  EXPECT_EQ(boxes_.count(), 0u) << boxes_.dump();
-  EXPECT_EQ(asked_count("Existující soubory budou přepsány, pokračovat"), 1);
-  EXPECT_EQ(kxtest::read_bytes(local(target_ + "EXE\\KORV5.EXE")), "old");
-}
-
-TEST_F(InstallTest, OverwriteQuestionYesAsksOnceAndDeletes) {
-  write_medium(three_files());
-  write_local(local(target_ + "EXE\\KORV5.EXE"), "old");
-  write_local(local(target_ + "CTIMNE.TXT"), "old");
-  ASSERT_EQ(run(), 1) << dump_asked();
-  EXPECT_EQ(asked_count("Existující soubory budou přepsány, pokračovat"), 1);
-  EXPECT_EQ(kxtest::read_bytes(local(target_ + "CTIMNE.TXT")), "CTIMN");
-  int deleting = 0;
-  for (auto &s : statuses) deleting += s.rfind("Maže se : ", 0) == 0;
-  EXPECT_EQ(deleting, 2);
+TEST_F(InstallTest, OverwriteQuestion) {
+  // No stops quietly and leaves the old files; Yes deletes both and installs.
+  const std::string question = "Existující soubory budou přepsány, pokračovat";
+  for (int16_t reply : {WE_ANSWER_NO, WE_ANSWER_YES}) {
+    const bool yes = reply == WE_ANSWER_YES;
+    write_medium(three_files());
+    write_local(local(target_ + "EXE\\KORV5.EXE"), "old");
+    write_local(local(target_ + "CTIMNE.TXT"), "old");
+    asked.clear();
+    statuses.clear();
+    boxes_.clear();
+    boxes_at_later_steps = (size_t)-1;
+    answers = {{question, {reply}}};
+    EXPECT_EQ(run(), yes ? 1 : 0) << dump_asked();
+    inst_close_lists(state_);
+    // No box from the procedure itself (the later steps of Yes may report).
+    EXPECT_EQ(std::min(boxes_.count(), boxes_at_later_steps), 0u) << boxes_.dump();
+    EXPECT_EQ(asked_count(question), 1) << "reply " << reply;
+    EXPECT_EQ(kxtest::read_bytes(local(target_ + "CTIMNE.TXT")), yes ? "CTIMN" : "old");
+    int deleting = 0;
+    for (auto &s : statuses) deleting += s.rfind("Maže se : ", 0) == 0;
+    EXPECT_EQ(deleting, yes ? 2 : 0) << "reply " << reply;
+    clear_target();
+  }
 }
 
 TEST_F(InstallTest, AbortQuestion) {

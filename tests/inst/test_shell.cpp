@@ -57,12 +57,8 @@ struct Link {
 
 Link read_link(const std::string &path) {
   char target[KX_PATH], description[KX_PATH], directory[KX_PATH];
-  Link link;
-  link.ok = shl_read_link(path.c_str(), target, description, directory) == 1;
-  link.target = target;
-  link.description = description;
-  link.directory = directory;
-  return link;
+  bool ok = shl_read_link(path.c_str(), target, description, directory) == 1;
+  return {ok, target, description, directory};
 }
 
 class ShellSteps : public InstallTest {
@@ -113,6 +109,43 @@ class ShellSteps : public InstallTest {
 
   std::string dump_boxes() const { return boxes_.dump(); }
 
+#ifndef KX_WIN32
+  void write_program(const std::string &path, const std::string &text, mode_t mode = 0755) {
+    write_local(local(path), text);
+    chmod(local(path).c_str(), mode);
+  }
+#endif
+
+  // Every key the later steps make, removed when the case ends.
+  void created_all() {
+    created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
+    created(HKLM, {UNINSTALL, APP_PATH});
+    created(HKCR, class_keys(".d32", ".s32", ".l32"));
+  }
+
+  void expect_current_directory(const std::string &path, int n) {
+    char here[KX_PATH];
+    ASSERT_EQ(1, plat_current_directory(here, sizeof here)) << "row " << n;
+    EXPECT_EQ(fs::canonical(local(path)), fs::canonical(local(here))) << "row " << n;
+  }
+
+  // Exactly the one box with this text, or none for null.
+  void expect_box(const char *box, int n) {
+    ASSERT_EQ(box ? 1u : 0u, boxes_.count()) << "row " << n << dump_boxes();
+    if (box) {
+      EXPECT_EQ(box, boxes_.only().text) << "row " << n;
+    }
+  }
+
+  // Deleting the recorded keys in list order always meets a key without sub-keys.
+  static void delete_in_order(const Records &records) {
+    for (const auto &r : records) {
+      if (r.first == 2 || r.first == 3) {
+        EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
+      }
+    }
+  }
+
   struct Saved {
     int16_t root;
     std::string value, data;
@@ -150,10 +183,7 @@ TEST_F(ShellSteps, StartMenuGroupHoldsThreeShortcuts) {
     EXPECT_EQ(r.description, link.description) << "row " << r.n;
     EXPECT_EQ(r.directory, link.directory) << "row " << r.n;
   }
-  // The group is the current directory afterwards.
-  char here[KX_PATH];
-  ASSERT_EQ(1, plat_current_directory(here, sizeof here));
-  EXPECT_EQ(fs::canonical(local(group)), fs::canonical(local(here)));
+  expect_current_directory(group, 0);   // the group is the current directory afterwards
 #ifndef KX_WIN32
   const std::string one = "begin create persist load path description directory save release end ";
   EXPECT_EQ(one + one + one, shl_test_trace());
@@ -166,9 +196,7 @@ TEST_F(ShellSteps, StartMenuGroupHoldsThreeShortcuts) {
 }
 
 TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
-  created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
-  created(HKLM, {UNINSTALL, APP_PATH});
-  created(HKCR, class_keys(".d32", ".s32", ".l32"));
+  created_all();
   statuses.clear();
 #ifndef KX_WIN32
   const int32_t before = reg_test_log_count();   // the shell folders of the fixture
@@ -345,8 +373,7 @@ TEST_F(ShellSteps, HtmlHelpCheckBranches) {
     fs::current_path(scratch_.path());
     inst_host_set_library("HHCTRL.OCX", r.library);
     if (r.package) {
-      write_local(local(package), r.package);
-      chmod(local(package).c_str(), r.box ? 0644 : 0755);
+      write_program(package, r.package, r.box ? 0644 : 0755);
     }
     answers.push_back({QUESTION_RUN_PACKAGE, {r.answer}});
     EXPECT_EQ(1, CheckHtmlHelp(state_)) << "row " << r.n;
@@ -356,12 +383,7 @@ TEST_F(ShellSteps, HtmlHelpCheckBranches) {
       got.push_back(a.text);
     }
     EXPECT_EQ(r.asked, got) << "row " << r.n;
-    if (r.box) {
-      ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
-      EXPECT_EQ(r.box, boxes_.only().text) << "row " << r.n;
-    } else {
-      EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
-    }
+    expect_box(r.box, r.n);
     EXPECT_EQ(r.ran, kxtest::exists(scratch_.file("ran.txt"))) << "row " << r.n;
   }
 }
@@ -385,23 +407,12 @@ TEST_F(ShellSteps, FunctionListRunsTheInstalledProgram) {
     fs::current_path(scratch_.path());
     fs::remove_all(local(exe_));
     if (r.program) {
-      write_local(local(exe_ + "KORV5.EXE"), r.program);
-      chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+      write_program(exe_ + "KORV5.EXE", r.program);
     }
     EXPECT_EQ(r.result, CreateFunctionList(state_)) << "row " << r.n;
-    if (r.box) {
-      ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
-      EXPECT_EQ(r.box, boxes_.only().text) << "row " << r.n;
-    } else {
-      EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
-    }
+    expect_box(r.box, r.n);
     EXPECT_EQ(r.listed, kxtest::exists(local(exe_ + "PFU_LIST.PFU"))) << "row " << r.n;
-    if (r.result) {
-      // Back in the target directory.
-      char here[KX_PATH];
-      ASSERT_EQ(1, plat_current_directory(here, sizeof here));
-      EXPECT_EQ(fs::canonical(local(target_)), fs::canonical(local(here))) << "row " << r.n;
-    }
+    if (r.result) expect_current_directory(target_, r.n);   // back in the target
   }
 }
 
@@ -429,8 +440,7 @@ TEST_F(ShellSteps, StartMenuFolderBySystem) {
     fs::remove_all(local(programs_ + "\\KORVEX"));
     boxes_.clear();
     EXPECT_EQ(0, UpdateStartMenu(state_)) << "row " << r.n;
-    ASSERT_EQ(1u, boxes_.count()) << "row " << r.n << dump_boxes();
-    EXPECT_EQ(r.message, boxes_.only().text) << "row " << r.n;
+    expect_box(r.message, r.n);
     EXPECT_FALSE(fs::exists(local(programs_ + "\\KORVEX"))) << "row " << r.n;
 
     // No key at all: the group is made below the current directory.
@@ -438,7 +448,7 @@ TEST_F(ShellSteps, StartMenuFolderBySystem) {
     boxes_.clear();
     fs::current_path(scratch_.path());
     EXPECT_EQ(1, UpdateStartMenu(state_)) << "row " << r.n;
-    EXPECT_EQ(0u, boxes_.count()) << "row " << r.n << dump_boxes();
+    expect_box(nullptr, r.n);
     EXPECT_TRUE(read_link(scratch_.file("KORVEX") + "/KORVEX.LNK").ok) << "row " << r.n;
     fs::current_path(scratch_.path());
     fs::remove_all(scratch_.file("KORVEX"));
@@ -447,9 +457,7 @@ TEST_F(ShellSteps, StartMenuFolderBySystem) {
   shl_test_set_system(SHL_SYSTEM_OTHER);
   boxes_.clear();
   EXPECT_EQ(0, UpdateStartMenu(state_));
-  ASSERT_EQ(1u, boxes_.count()) << dump_boxes();
-  EXPECT_EQ("Neznámá verze operačního systému¨\nNelze zjistit adresář nabídky Start|Programy",
-            boxes_.only().text);
+  expect_box("Neznámá verze operačního systému¨\nNelze zjistit adresář nabídky Start|Programy", 4);
   EXPECT_EQ("", std::string(shl_test_trace())) << "no shortcut is tried";
 }
 
@@ -466,13 +474,10 @@ class ShellRecords : public ShellSteps {
     write_medium(Medium());
 #ifndef KX_WIN32
     // The main program as the function-list step starts it: writes PFU_LIST.PFU and ends.
-    write_local(local(exe_ + "KORV5.EXE"),
-                "#!/bin/sh\n[ \"$1\" = '$f' ] && echo PFU > PFU_LIST.PFU\nexit 0\n");
-    chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+    write_program(exe_ + "KORV5.EXE",
+                  "#!/bin/sh\n[ \"$1\" = '$f' ] && echo PFU > PFU_LIST.PFU\nexit 0\n");
 #endif
-    created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
-    created(HKLM, {UNINSTALL, APP_PATH});
-    created(HKCR, class_keys(".d32", ".s32", ".l32"));
+    created_all();
     EXPECT_EQ(1, run()) << dump_asked();
     inst_close_lists(state_);
     Records all = uninstall_records();
@@ -502,12 +507,6 @@ class ShellRecords : public ShellSteps {
   }
 };
 
-std::string dump(const Records &records) {
-  std::string out;
-  for (auto &r : records) out += std::to_string(r.first) + " " + r.second + "\n";
-  return out;
-}
-
 }  // namespace
 
 #ifndef KX_WIN32
@@ -516,12 +515,7 @@ TEST_F(ShellRecords, OptionsOffGiveTheGroupAndTheRegistryKeys) {
   EXPECT_EQ(later_records(false, false, true), got) << dump(got);
   EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
   EXPECT_EQ("PFU\n", kxtest::read_bytes(local(exe_ + "PFU_LIST.PFU")));
-  // Deleting the keys in list order always meets a key without sub-keys.
-  for (const auto &r : got) {
-    if (r.first == 2 || r.first == 3) {
-      EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
-    }
-  }
+  delete_in_order(got);
 }
 
 TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
@@ -533,8 +527,7 @@ TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
   reg_test_deny(HKLM, nullptr);
   reg_test_deny(HKCR, nullptr);
   write_medium(Medium());
-  write_local(local(exe_ + "KORV5.EXE"), "#!/bin/sh\nexit 1\n");
-  chmod(local(exe_ + "KORV5.EXE").c_str(), 0755);
+  write_program(exe_ + "KORV5.EXE", "#!/bin/sh\nexit 1\n");
   EXPECT_EQ(1, run()) << dump_asked();
   inst_close_lists(state_);
   Records all = uninstall_records();
@@ -577,10 +570,6 @@ TEST_F(ShellRecords, WholeInstallRecordsShortcutsAndKeysInOrder) {
   // recorded.
   EXPECT_EQ(later_records(false, true, false), got) << dump(got);
   EXPECT_EQ(exe_ + "KORV5.EXE", read_link(quick_ + "\\KORVEX.LNK").target) << quick_;
-  for (const auto &r : got) {
-    if (r.first == 2 || r.first == 3) {
-      EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
-    }
-  }
+  delete_in_order(got);
 }
 #endif

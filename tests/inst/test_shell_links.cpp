@@ -24,15 +24,9 @@ struct Read {
 
 Read read(const std::string &file) {
   char target[KX_PATH], description[KX_PATH], directory[KX_PATH];
-  memset(target, '#', sizeof target);
-  memset(description, '#', sizeof description);
-  memset(directory, '#', sizeof directory);
-  Read r;
-  r.ok = shl_read_link(file.c_str(), target, description, directory);
-  r.target = target;
-  r.description = description;
-  r.directory = directory;
-  return r;
+  for (char *b : {target, description, directory}) memset(b, '#', KX_PATH);
+  Flag ok = shl_read_link(file.c_str(), target, description, directory);
+  return {ok, target, description, directory};
 }
 
 class ShellLink : public ::testing::Test {
