@@ -869,6 +869,9 @@ bool do_focus(const Step &s) {
     Sleep(kPoll);
     if (!settle()) return false;
   }
+  // The focus may be seen to move before the program has run its handlers of the move (the
+  // field's kill-focus rule): let it take one more message, so those have run.
+  if (!settle()) return false;
   if (!ended()) {
     HWND focus = focus_window();
     if (s.op == OP_FOCUS && focus != item) {
