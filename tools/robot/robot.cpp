@@ -849,6 +849,21 @@ HWND dialog_of(HWND item) {
   return R.current;
 }
 
+// Posts one focus move to the dialog (WM_NEXTDLGCTL makes the dialog itself call SetFocus, on
+// its own thread) and gives the focus the default wait to arrive at want (or, with away, to be
+// anywhere but want). Then lets the program take one more message, so that the handlers of the
+// move (a field's kill-focus rule) have run before the next command looks.
+bool move_focus(HWND dialog, HWND to, HWND want, bool away) {
+  PostMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)to, TRUE);
+  if (!settle()) return false;
+  DWORD start = GetTickCount();
+  while (!ended() && ((focus_window() == want) == away) && GetTickCount() - start < R.default_ms) {
+    Sleep(kPoll);
+    if (!settle()) return false;
+  }
+  return settle();
+}
+
 bool do_focus(const Step &s) {
   HWND item;
   if (!item_window(s.item, &item) || !usable(s.item, item)) return false;
@@ -858,28 +873,17 @@ bool do_focus(const Step &s) {
     if (!next || next == item)
       return fail("item " + number((unsigned long)s.item) + " has no other control to pass the focus to");
   }
-  // WM_NEXTDLGCTL makes the dialog itself call SetFocus, on its own thread.
-  PostMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)item, TRUE);
-  if (next) PostMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)next, TRUE);
-  if (!settle()) return false;
-  // The two posted moves may still be on their way (the dialog's handlers of the first may send
-  // messages of their own): the focus gets the default wait to arrive.
-  DWORD start = GetTickCount();
-  while (!ended() && ((s.op == OP_FOCUS) != (focus_window() == item)) && GetTickCount() - start < R.default_ms) {
-    Sleep(kPoll);
-    if (!settle()) return false;
+  // Leaving: the focus first goes to the item, then on to the next control.
+  if (!move_focus(dialog, item, item, false)) return false;
+  if (ended()) return true;
+  HWND focus = focus_window();
+  if (focus != item) {
+    detail(focus_text(focus));
+    return fail("the focus did not go to item " + number((unsigned long)s.item));
   }
-  // The focus may be seen to move before the program has run its handlers of the move (the
-  // field's kill-focus rule): let it take one more message, so those have run.
-  if (!settle()) return false;
-  if (!ended()) {
-    HWND focus = focus_window();
-    if (s.op == OP_FOCUS && focus != item) {
-      detail(focus_text(focus));
-      return fail("the focus did not go to item " + number((unsigned long)s.item));
-    }
-    if (s.op == OP_LEAVE && focus == item) return fail("the focus did not leave item " + number((unsigned long)s.item));
-  }
+  if (!next) return true;
+  if (!move_focus(dialog, next, item, true)) return false;
+  if (!ended() && focus_window() == item) return fail("the focus did not leave item " + number((unsigned long)s.item));
   return true;
 }
 
