@@ -72,6 +72,7 @@ wine_env_stop
 trap - EXIT
 
 step "summary"
+df -h . | tail -n 1 | awk '{print "disk: " $4 " free of " $2 " after the run"}'
 echo "native and Windows test runs together:"
 echo "$total_pass passed, $total_fail failed"
 if [ -n "$failed_runs" ]; then

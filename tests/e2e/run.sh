@@ -94,12 +94,16 @@ make_pristine() {
   [ -f "$p/system.reg" ] || { say "run.sh: the prefix was not made"; return 1; }
 }
 
-# fresh_prefix NAME: a copy of the pristine prefix as the running prefix.
+# fresh_prefix NAME: a copy of the pristine prefix as the running prefix. The system directory,
+# most of a prefix's size, is hard-linked: nothing we run writes there, and a scenario costs a
+# few megabytes of disk instead of some hundreds.
 fresh_prefix() {
   wine_down
-  local p=$sdir/$1
+  local p=$sdir/$1 sys=drive_c/windows/system32
   rm -rf "$p"
-  cp -a "$work/pristine" "$p"
+  mkdir -p "$p"
+  tar -C "$work/pristine" --exclude="./$sys" -cf - . | tar -C "$p" -xf -
+  cp -al "$work/pristine/$sys" "$p/$sys"
   wine_up "$p"
   cdrive=$p/drive_c
   appdata=$(ls -d "$cdrive"/users/*/AppData/Roaming | grep -v /Public/ | head -1)
@@ -424,7 +428,12 @@ scenario_disk_space() {
     quick_launch_folder
   done
   wine_down
-  [ $private = 0 ] && rm -rf "$mnt"
+  if [ $private = 1 ]; then
+    umount "$mnt" 2>/dev/null || umount -l "$mnt"
+    mounted=""
+  else
+    rm -rf "$mnt"
+  fi
 }
 
 # 8. An earlier installation in the target.
@@ -761,4 +770,9 @@ mkdir -p "$sdir"
 start=$(date +%s)
 "scenario_$scenario"
 say "== $scenario: $failures failed, $(($(date +%s) - start)) s"
+# A passed scenario keeps its logs, not its prefixes and media.
+if [ $failures = 0 ]; then
+  wine_down
+  find "$sdir" -mindepth 1 -maxdepth 1 -type d -exec rm -rf {} +
+fi
 exit $((failures > 0))
