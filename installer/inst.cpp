@@ -55,6 +55,8 @@ const char *const ALTERNATIVE_EXECUTABLES[] = {"KVWPRN.EXE", "KVWPP.EXE", "KVWAL
                                                "KVWALLR.EXE"};
 
 enum { LINE_SIZE = 81, MILLION = 1000000, UNINSTALL_WAIT = 2000 };
+// Room a packed file may take beyond twice its declared size before it counts as a bomb.
+static const uint32_t INST_UNPACK_SLACK = 16u << 20;
 
 InstallDialog dialog;
 Flag dialog_set = 0;
@@ -539,6 +541,10 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   file_delete(unpacked);
   ZipUtil zip;
   ZipInit(&zip);
+  // A file may come out somewhat larger than the list says and still be installed; one that
+  // grows far past it is a damaged or hostile medium, stopped before it fills memory and disk.
+  uint64_t limit = 2 * (uint64_t)state->size + INST_UNPACK_SLACK;
+  zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
   if (!DecompressFile(&zip, packed_copy, unpacked)) {
     ErrorBox(ZipErrorText(GetError(&zip)));
     return -1;

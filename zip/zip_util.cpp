@@ -28,6 +28,7 @@ void ZipInit(ZipUtil *zip) {
   zip->level = -1;
   zip->block_size = 1024;
   zip->last_error = 0;
+  zip->out_limit = 0;
 }
 
 Flag SetLevel(ZipUtil *zip, int16_t level) {
@@ -180,6 +181,7 @@ static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipI
     if (stream.avail_out > 0) continue;
     if (current) current->used = current->capacity;
     else inflated->first_used = (uint32_t)step;
+    if (zip->out_limit && capacity >= zip->out_limit) return inflate_failed(zip, &stream, inflated, Z_BUF_ERROR);
     uint64_t more = capacity < largest ? capacity : largest;
     ZipPiece *piece = capacity + more <= ZIP_BLOCK_MAX
                           ? (ZipPiece *)mm_alloc((int32_t)(sizeof(ZipPiece) + more), MODULE, __LINE__)

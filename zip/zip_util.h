@@ -40,6 +40,7 @@ struct ZipUtil {
   int16_t level;        // 0..9, or -1 (held as 0xFFFF) for zlib's default
   uint16_t block_size;  // set and kept, read by nothing
   int16_t last_error;   // code of the last failure (see ZipErrorText)
+  uint32_t out_limit;   // 0, or the most plain bytes an inflation may give (see below)
 };
 
 // Error codes of the last-error field: zlib's own (Z_OK 0, Z_STREAM_END 1, Z_NEED_DICT 2,
@@ -53,7 +54,13 @@ enum { ZIP_FILE_ERROR = -10 };
 void ZipInit(ZipUtil *zip);
 // Constructs: level -1 (zlib's default), block size 1024, last error 0 -- so a first failure
 // that leaves the field alone (a source that cannot be opened) reads as "bez chyb" rather than
-// as garbage. A null zip is an internal error (nothing else happens).
+// as garbage -- and no output limit. A null zip is an internal error (nothing else happens).
+//
+// The output limit guards against a packed file that inflates without end (a decompression
+// bomb: a few kilobytes that would give gigabytes). When out_limit is not 0 and an inflation
+// needs more room than out_limit bytes, it stops before taking that room: everything is
+// released, the last error is -5 (Z_BUF_ERROR, "nepostačující buffer") and the operation
+// returns 0; nothing is written. Set it after ZipInit; 0 (the default) allows up to 2 GB.
 
 Flag SetLevel(ZipUtil *zip, int16_t level);
 // Stores level when it is 0 to 9 or -1 and returns 1. Any other value returns 0, without a

@@ -321,3 +321,34 @@ TEST(ZipFailure, EveryAllocationOfEachOperation) {
 }
 
 }  // namespace
+
+// A stream that inflates far past what it may give stops at the limit with -5 and hands out
+// nothing; the same stream under a limit it fits into inflates whole.
+TEST(ZipLimit, BombStopsAtTheLimit) {
+  const uint32_t plain = 48u << 20;
+  std::string zeros(plain, '\0');
+  uLongf packed_len = compressBound(plain);
+  std::vector<Bytef> packed(packed_len);
+  ASSERT_EQ(Z_OK, compress2(packed.data(), &packed_len, (const Bytef *)zeros.data(), plain, 9));
+  zeros.clear();
+  const struct { uint32_t limit; int ok; } rows[] = {
+      {1u << 20, 0}, {plain / 2, 0}, {plain + (8u << 20), 1}, {0, 1}};
+  Ledger ledger;
+  for (size_t i = 0; i < KX_COUNT(rows); i++) {
+    ledger.mark();
+    ZipUtil zip = fresh();
+    zip.out_limit = rows[i].limit;
+    unsigned char *out = nullptr;
+    uint32_t out_length = 12345;
+    Flag ok = DecompressBuffer(&zip, packed.data(), (uint32_t)packed_len, &out, &out_length);
+    EXPECT_EQ(rows[i].ok, ok) << "row " << i << ": error " << zip.last_error;
+    if (ok) {
+      EXPECT_EQ(plain, out_length) << "row " << i;
+      take(out, out_length);
+    } else {
+      EXPECT_TRUE(zip.last_error == Z_BUF_ERROR && out == nullptr && out_length == 0)
+          << "row " << i << ": error " << zip.last_error << ", length " << out_length;
+    }
+    EXPECT_EQ("", ledger.leftovers()) << "row " << i;
+  }
+}
