@@ -741,6 +741,11 @@ sys.exit(bad)
 PY2
 }
 
+# Further scenarios, one file a group; each defines scenario_NAME functions with the helpers above.
+for f in "$here"/scenarios/*.sh; do
+  [ -e "$f" ] && source "$f"
+done
+
 # ---- main --------------------------------------------------------------------------------
 
 scenario=${1:-}
