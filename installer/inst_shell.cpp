@@ -182,6 +182,20 @@ Flag UpdateStartMenu(InstallState *state) {
   return 1;
 }
 
+// The main program's link in folder, recorded; cd_error (with the folder for %s) when the
+// folder cannot be entered.
+static Flag main_link_in(InstallState *state, const char *folder, const char *cd_error) {
+  if (!plat_change_directory(folder)) {
+    ErrorBoxF(cd_error, folder);
+    return 0;
+  }
+  main_program_link(state);
+  char record[KX_PATH];
+  join(record, sizeof record, folder, "\\", LINK_NAME);
+  RecordInstalledFile(record, nullptr, nullptr);
+  return 1;
+}
+
 Flag UpdateDesktop(InstallState *state) {
   if (!state) {
     InternalError("inst", __LINE__);
@@ -194,15 +208,7 @@ Flag UpdateDesktop(InstallState *state) {
     ErrorBox("Nelze zjistit adresář složky Pracovní plocha");
     return 0;
   }
-  if (!plat_change_directory(folder)) {
-    ErrorBoxF("Nelze přejít do adresáře %s", folder);
-    return 0;
-  }
-  main_program_link(state);
-  char record[KX_PATH];
-  join(record, sizeof record, folder, "\\", LINK_NAME);
-  RecordInstalledFile(record, nullptr, nullptr);
-  return 1;
+  return main_link_in(state, folder, "Nelze přejít do adresáře %s");
 }
 
 Flag UpdateQuickLaunch(InstallState *state) {
@@ -220,17 +226,9 @@ Flag UpdateQuickLaunch(InstallState *state) {
   char folder[KX_PATH];
   join(folder, sizeof folder, data, ends_in_backslash(data) ? "" : "\\",
        "Microsoft\\Internet Explorer\\Quick Launch");
-  if (!plat_change_directory(folder)) {
-    ErrorBoxF("Nelze přejít do adresáře %s\nDo systémové lišty nelze doplnit ikonu,\nVáš systém "
-              "Windows tuto funkci nepodporuje.",
-              folder);
-    return 0;
-  }
-  main_program_link(state);
-  char record[KX_PATH];
-  join(record, sizeof record, folder, "\\", LINK_NAME);
-  RecordInstalledFile(record, nullptr, nullptr);
-  return 1;
+  return main_link_in(state, folder,
+                      "Nelze přejít do adresáře %s\nDo systémové lišty nelze doplnit ikonu,\nVáš "
+                      "systém Windows tuto funkci nepodporuje.");
 }
 
 // ---- Registry ----------------------------------------------------------------------------------
