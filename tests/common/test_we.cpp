@@ -13,14 +13,8 @@ namespace {
 const unsigned kExclamation = WE_MB_OK | WE_MB_ICONEXCLAMATION | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
 const unsigned kStop = WE_MB_OK | WE_MB_ICONSTOP | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
 
-TEST(ErrorBoxes, TitlesBodiesAndFlags) {
-  struct Row {
-    int n;
-    void (*show)();
-    const char *text;
-    const char *title;
-    unsigned flags;
-  } rows[] = {
+TEST(ErrorBoxes, TitlesBodiesFlagsAndOwner) {
+  struct Row { int n; void (*show)(); const char *text, *title; unsigned flags; } rows[] = {
       {1, [] { ErrorBox("Soubor C:\\A.TXT nelze otevřít"); }, "Soubor C:\\A.TXT nelze otevřít", " Chyba ", kExclamation},
       {2, [] { ErrorBoxF("Vlož DISK%d", 3); }, "Vlož DISK3", " Chyba ", kExclamation},
       {3, [] { OutOfMemoryError(); }, " Málo paměti", " Chyba ", kExclamation},
@@ -28,77 +22,39 @@ TEST(ErrorBoxes, TitlesBodiesAndFlags) {
        " Interní chyba, informujte dodavatele ", kStop},
       {5, [] { SwitchError("date", -7); }, "Chyba v souboru date řádek -7",
        " Chyba switch, informujte dodavatele ", kStop},
-      {6, [] { ErrorBox(nullptr); }, "", " Chyba ", kExclamation},
-  };
-  for (const Row &r : rows) {
-    BoxRecorder rec;
-    r.show();
-    ASSERT_EQ(1u, rec.count()) << "row " << r.n << ": " << rec.dump();
-    const kxtest::Box &b = rec.boxes()[0];
-    EXPECT_EQ(r.text, b.text) << "row " << r.n;
-    EXPECT_EQ(r.title, b.title) << "row " << r.n;
-    EXPECT_EQ(r.flags, b.flags) << "row " << r.n << " got 0x" << std::hex << b.flags;
-    EXPECT_EQ(nullptr, b.owner) << "row " << r.n << ": no main window, no owner";
+      {6, [] { ErrorBox(nullptr); }, "", " Chyba ", kExclamation}};
+  // Without a main window a box has no owner; with one it is owned until the window is gone.
+  int dummy;
+  WeMainWindow w = {&dummy, nullptr, nullptr};
+  for (void *owner : {(void *)nullptr, (void *)&dummy, (void *)nullptr}) {
+    we_set_main_window(owner ? &w : nullptr);
+    for (const Row &r : rows) {
+      BoxRecorder rec;
+      r.show();
+      ASSERT_EQ(1u, rec.count()) << "row " << r.n << ": " << rec.dump();
+      const kxtest::Box &b = rec.boxes()[0];
+      EXPECT_EQ(r.text, b.text) << "row " << r.n;
+      EXPECT_EQ(r.title, b.title) << "row " << r.n;
+      EXPECT_EQ(r.flags, b.flags) << "row " << r.n << " got 0x" << std::hex << b.flags;
+      EXPECT_EQ(owner, b.owner) << "row " << r.n;
+    }
   }
 }
 
-TEST(ErrorBoxes, TextsAreWindows1250) {
-  // "í" is 0xED and "ř" is 0xF8 in Windows-1250; the literals of the build are in that code page.
-  EXPECT_EQ(std::string("\x20Intern\xED chyba, informujte dodavatele "), WE_TITLE_INTERNAL);
-  EXPECT_EQ(std::string("Chyba v souboru %s \xF8\xE1" "dek %d"), WE_FAULT_BODY);
-  EXPECT_EQ(std::string(" M\xE1lo pam\xECti"), WE_TEXT_NO_MEMORY);
-}
-
-TEST(ErrorBoxes, FormattedTextIsCutAt199) {
-  struct Row {
-    int n;
-    size_t length;
-    size_t shown;
-  } rows[] = {{1, 198, 198}, {2, 199, 199}, {3, 200, 199}, {4, 1025, 199}, {5, 5000, 199}};
+TEST(ErrorBoxes, FormattedTextCutAt199AndFaultBodyAt99) {
+  // fault: the text is the module name of an internal error, whose body is cut at 99
+  struct Row { int n; bool fault; size_t length; } rows[] = {
+      {1, false, 198}, {2, false, 199}, {3, false, 200}, {4, false, 1025}, {5, false, 5000},
+      {6, true, 60},   {7, true, 77},   {8, true, 78},   {9, true, 1023},  {10, true, 1024}, {11, true, 1025}};
   for (const Row &r : rows) {
     BoxRecorder rec;
     std::string text = kxtest::pattern_text(r.length);
-    ErrorBoxF("%s", text.c_str());
+    if (r.fault) InternalError(text.c_str(), 12345);
+    else ErrorBoxF("%s", text.c_str());
     ASSERT_EQ(1u, rec.count()) << "row " << r.n;
-    EXPECT_EQ(r.shown, rec.boxes()[0].text.size()) << "row " << r.n;
-    EXPECT_EQ(text.substr(0, r.shown), rec.boxes()[0].text) << "row " << r.n;
-  }
-}
-
-TEST(ErrorBoxes, FaultBodyIsCutAt99) {
-  struct Row {
-    int n;
-    size_t module_length;
-  } rows[] = {{1, 60}, {2, 77}, {3, 78}, {4, 1023}, {5, 1024}, {6, 1025}};
-  for (const Row &r : rows) {
-    BoxRecorder rec;
-    std::string module = kxtest::pattern_text(r.module_length);
-    InternalError(module.c_str(), 12345);
-    ASSERT_EQ(1u, rec.count()) << "row " << r.n;
-    std::string full = "Chyba v souboru " + module + " řádek 12345";
-    std::string expected = full.substr(0, 99);
-    EXPECT_EQ(expected, rec.boxes()[0].text) << "row " << r.n << " length " << rec.boxes()[0].text.size();
-  }
-}
-
-TEST(ErrorBoxes, MainWindowOwnsTheBoxUntilItIsGone) {
-  int dummy;
-  WeMainWindow w = {&dummy, nullptr, nullptr};
-  we_set_main_window(&w);
-  {
-    BoxRecorder rec;
-    ErrorBox("x");
-    InternalError("we", 1);
-    ASSERT_EQ(2u, rec.count());
-    EXPECT_EQ((void *)&dummy, rec.boxes()[0].owner);
-    EXPECT_EQ((void *)&dummy, rec.boxes()[1].owner);
-  }
-  we_set_main_window(nullptr);
-  {
-    BoxRecorder rec;
-    ErrorBox("y");
-    ASSERT_EQ(1u, rec.count());
-    EXPECT_EQ(nullptr, rec.boxes()[0].owner);
+    std::string full = r.fault ? "Chyba v souboru " + text + " řádek 12345" : text;
+    EXPECT_EQ(full.substr(0, r.fault ? 99 : 199), rec.boxes()[0].text)
+        << "row " << r.n << " length " << rec.boxes()[0].text.size();
   }
 }
 
@@ -115,17 +71,14 @@ struct StatusSpy {
 TEST(StatusText, GoesToTheMainWindowsStatusBarOnly) {
   BoxRecorder rec;
   StatusSpy spy;
-  // No main window: nothing, no box.
-  we_set_main_window(nullptr);
-  EXPECT_EQ(1, SetStatusText("Kopírování souborů"));
-  EXPECT_EQ(1, SetStatusTextF("Disk %d", 2));
-  // A main window without a status bar: nothing.
   int dummy;
-  WeMainWindow bare = {&dummy, nullptr, nullptr};
-  we_set_main_window(&bare);
-  EXPECT_EQ(1, SetStatusText("x"));
-  // With a status bar.
-  WeMainWindow w = {&dummy, StatusSpy::set, &spy};
+  // No main window, then one without a status bar: nothing, no box.
+  WeMainWindow bare = {&dummy, nullptr, nullptr}, w = {&dummy, StatusSpy::set, &spy};
+  for (const WeMainWindow *none : {(const WeMainWindow *)nullptr, (const WeMainWindow *)&bare}) {
+    we_set_main_window(none);
+    EXPECT_EQ(1, SetStatusText("Kopírování souborů"));
+    EXPECT_EQ(1, SetStatusTextF("Disk %d", 2));
+  }
   we_set_main_window(&w);
   EXPECT_EQ(1, SetStatusText("Kopírování souborů"));
   EXPECT_EQ("Kopírování souborů", spy.last);

@@ -74,11 +74,7 @@ MediumOptions options(int16_t packed, int16_t flat, const char *source = "src", 
   return o;
 }
 
-struct List {
-  ListHeader header;
-  std::vector<ListRecord> records;
-  std::string raw;
-};
+struct List { ListHeader header; std::vector<ListRecord> records; std::string raw; };
 
 List read_list(const std::string &path) {
   List l;
@@ -118,11 +114,7 @@ std::string inflated(const std::string &packed_path) {
   return kxtest::read_bytes("inflated.tmp");
 }
 
-struct Want {
-  const char *name, *stored, *directory;
-  std::string data;
-  const char *description;
-};
+struct Want { const char *name, *stored, *directory; std::string data; const char *description; };
 
 void put_tree(const char *root, const std::vector<Want> &want) {
   for (const Want &w : want)
@@ -220,22 +212,13 @@ TEST(MediumSplit, ExactFitAndOneByteShort) {
   const Files data = {{"A.BIN", noise(1000, 5)}, {"B.BIN", noise(2000, 6)}, {"C.BIN", noise(10, 7)}};
   for (const auto &f : data) put("src/" + f.first, f.second);
   // The first disk holds A.KORV (9 bytes) and DISKLIST.LST (92 + 3 * 140 = 512 bytes) besides files.
-  struct Row {
-    int n;
-    uint32_t cluster, capacity;
-    const char *disks;   // of the records A, B, C; "": refused
-    const char *message;
-  } rows[] = {
-      {1, 1, 3531, "000", ""},
-      {2, 1, 3530, "001", ""},
-      {3, 1, 2019, "011", ""},   // C fills disk 2 exactly and does not go back to disk 1
-      {4, 1, 2018, "012", ""},
+  // disks: those of the records A, B, C; "": refused. Row 3: C fills disk 2 exactly, no going back.
+  struct Row { int n; uint32_t cluster, capacity; const char *disks, *message; } rows[] = {
+      {1, 1, 3531, "000", ""}, {2, 1, 3530, "001", ""}, {3, 1, 2019, "011", ""}, {4, 1, 2018, "012", ""},
       {5, 1, 2008, "", "B.BIN: 2000 bytes on the medium do not fit on a disk of 2008 bytes"},
       {6, 1, 520, "",
        "the first disk cannot hold DISKLIST.LST, README.TXT, SETUP.EXE and A.KORV (521 bytes) within 520 bytes"},
-      {7, 512, 4608, "000", ""},   // 512 + 512 + 1024 + 2048 + 512
-      {8, 512, 4607, "001", ""},
-  };
+      {7, 512, 4608, "000", ""}, {8, 512, 4607, "001", ""}};   // 512 + 512 + 1024 + 2048 + 512
   for (const Row &r : rows) {
     fs::remove_all("out");
     MediumOptions o = options(0, 0);
@@ -284,14 +267,10 @@ TEST(MediumRefusals, EveryRefusalWithItsMessage) {
   NoBoxes quiet;
   const std::string d80 = std::string(80, 'd');
   auto none = [](MediumOptions &) {};
-  struct Row {
-    int n;
-    bool host_only;   // names that a Windows file system cannot hold
-    std::vector<std::string> tree;   // native relative paths of empty files
-    std::string descriptions;        // UTF-8; empty: none
-    std::function<void(MediumOptions &)> tweak;
-    std::string message;
-  };
+  // host_only: names that a Windows file system cannot hold; tree: native relative paths of empty
+  // files; descriptions: UTF-8, empty: none.
+  struct Row { int n; bool host_only; std::vector<std::string> tree; std::string descriptions;
+               std::function<void(MediumOptions &)> tweak; std::string message; };
   std::vector<Row> rows = {
       {1, false, {"ABCDEFGHIJKLMNOP", "ABCDEFGHIJKLMNOPQ"}, "", none,
        "ABCDEFGHIJKLMNOPQ: the name has 17 characters, at most 16 are allowed"},
@@ -444,14 +423,7 @@ TEST(MediumList, PrintsHeaderAndRecordsReadably) {
 }
 
 TEST(MediumText, Utf8AndWindows1250) {
-  struct Row {
-    int n;
-    std::string utf8;
-    size_t size;
-    int16_t result;
-    std::string cp1250;
-    uint32_t code;
-  } rows[] = {
+  struct Row { int n; std::string utf8; size_t size; int16_t result; std::string cp1250; uint32_t code; } rows[] = {
       {1, "P\xC5\x99\xC3\xADli\xC5\xA1 \xC5\xBElu\xC5\xA5ou\xC4\x8Dk\xC3\xBD k\xC5\xAF\xC5\x88", 64, MEDIUM_TEXT_OK,
        "Příliš žluťoučký kůň", 0},
       {2, "\xE2\x82\xAC\xE2\x80\x9E\xCB\x99", 4, MEDIUM_TEXT_OK, "\x80\x84\xFF", 0},   // exact fit
@@ -486,10 +458,7 @@ TEST(MediumText, Utf8AndWindows1250) {
 
 // ---- The tool as a process --------------------------------------------------------------------
 
-struct ToolRun {
-  int code;
-  std::string out, err;
-};
+struct ToolRun { int code; std::string out, err; };
 
 ToolRun run_tool(const std::string &args) {
 #ifdef KX_WIN32
@@ -512,12 +481,7 @@ TEST(MediumTool, RunsAsAProcess) {
   put("src/KORV5.EXE", noise(3000, 11));
   put("src/DOC/NAVOD.HTM", std::string(4000, 'n'));
   kxtest::write_bytes("desc.txt", "KORV5.EXE\t" + utf8("Hlavní program") + "\n");
-  struct Row {
-    int n;
-    const char *args;
-    int code;
-    std::string out_start, err;
-  } rows[] = {
+  struct Row { int n; const char *args; int code; std::string out_start, err; } rows[] = {
       {1, "--help", 0, "usage: mkmedium [options] SOURCE OUTPUT\n", ""},
       {2, "--descriptions desc.txt --setup desc.txt --capacity 4000 src out", 0,
        "mkmedium: 2 files on 2 disk(s) in out (packed)\n", ""},

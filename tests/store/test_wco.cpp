@@ -32,9 +32,7 @@ std::string eol(const std::string &text) {
 struct Store {
   ConfigStore *s = nullptr;
   Store() { EXPECT_EQ(1, wco::create(&s)); }
-  ~Store() {
-    if (s) wco::destroy(&s);
-  }
+  ~Store() { if (s) wco::destroy(&s); }
 };
 
 // The whole store as "[section]key=value;..." in array order.
