@@ -27,85 +27,68 @@ std::wstring string_at(const uint8_t *p, size_t *at) {
   }
 }
 
-TEST(Dres, HeaderFieldByField) {
+// Every header form, each followed by items whose texts have odd and even lengths, so that
+// every padding (0 and 2 bytes) occurs.
+TEST(Dres, HeaderAndItemsFieldByField) {
   const struct {
     const char *title, *font;
     std::wstring wide_title;
-  } rows[] = {
+  } headers[] = {
       /* 0 */ {"Instalace", "MS Sans Serif", L"Instalace"},
       /* 1 */ {"Přerušit instalaci ?", "Tahoma", L"P\u0159eru\u0161it instalaci ?"},
       /* 2 */ {"", nullptr, L""},
       /* 3 */ {nullptr, "MS Sans Serif", L""},
   };
-  for (size_t i = 0; i < KX_COUNT(rows); i++) {
-    const auto &r = rows[i];
-    SCOPED_TRACE(testing::Message() << "row " << i);
-    DialogTemplate *t = dres_create(r.title, WS_POPUP | WS_CAPTION | DS_SETFONT, -3, 4, 200, 150,
-                                    r.font, 9);
-    ASSERT_NE(nullptr, t);
-    const uint8_t *p = (const uint8_t *)dres_bytes(t);
-    uint32_t style = dword_at(p, 0);
-    EXPECT_EQ(r.font ? (uint32_t)DS_SETFONT : 0u, style & DS_SETFONT) << std::hex << style;
-    EXPECT_EQ((uint32_t)(WS_POPUP | WS_CAPTION), style & ~(uint32_t)DS_SETFONT);
-    EXPECT_EQ(0u, dword_at(p, 4));  // extended style
-    // items, x, y, cx, cy, menu, class
-    const uint16_t words[] = {0, (uint16_t)-3, 4, 200, 150, 0, 0};
-    for (size_t w = 0; w < 7; w++) EXPECT_EQ(words[w], word_at(p, 8 + 2 * w)) << "at " << 8 + 2 * w;
-    size_t at = 22;
-    EXPECT_EQ(r.wide_title, string_at(p, &at));
-    if (r.font) {
-      EXPECT_EQ(9, word_at(p, at));
-      at += 2;
-      std::string font(r.font);
-      EXPECT_EQ(std::wstring(font.begin(), font.end()), string_at(p, &at));
-    }
-    EXPECT_EQ((int32_t)at, dres_size(t));
-    dres_destroy(&t);
-    EXPECT_EQ(nullptr, t);
-  }
-}
-
-TEST(Dres, ItemsStartOnADwordAndCarryTheirClassAtom) {
-  // Titles of odd and even lengths, so that every padding (0 and 2 bytes) occurs.
-  DialogTemplate *t = dres_create("Ab", DS_MODALFRAME, 0, 0, 100, 100, "MS Sans Serif", 8);
-  ASSERT_NE(nullptr, t);
   const struct {
     uint16_t atom;
     const char *text;
     int32_t id;
     std::wstring wide;
-  } rows[] = {
-      {DRES_BUTTON, "&Ano", 1, L"&Ano"},        {DRES_EDIT, "", 0x12345, L""},
-      {DRES_STATIC, "Vlož DISK1", 100, L"Vlo\u017e DISK1"},
-      {DRES_LISTBOX, "x", 7, L"x"},             {DRES_SCROLLBAR, "ab", 8, L"ab"},
-      {DRES_COMBOBOX, "abc", 9, L"abc"},
+  } items[] = {
+      {DRES_BUTTON, "&Ano", 1, L"&Ano"},  {DRES_EDIT, "", 0x12345, L""}, {DRES_STATIC, "Vlož DISK1", 100, L"Vlo\u017e DISK1"},
+      {DRES_LISTBOX, "x", 7, L"x"},       {DRES_SCROLLBAR, "ab", 8, L"ab"}, {DRES_COMBOBOX, "abc", 9, L"abc"},
   };
-  int16_t y = 0;
-  for (const auto &r : rows) ASSERT_EQ(1, dres_add(t, r.atom, r.text, r.id, WS_TABSTOP, 1, y++, 30, 12));
-  const uint8_t *p = (const uint8_t *)dres_bytes(t);
-  EXPECT_EQ(6, word_at(p, 8));
-  size_t at = 22;
-  string_at(p, &at);  // title
-  at += 2;            // point size
-  string_at(p, &at);  // font
-  y = 0;
-  for (const auto &r : rows) {
-    SCOPED_TRACE(testing::Message() << "item " << r.text);
-    size_t aligned = (at + 3) & ~(size_t)3;
-    for (size_t i = at; i < aligned; i++) EXPECT_EQ(0, p[i]) << "padding at " << i;
-    at = aligned;
-    EXPECT_EQ((uint32_t)(WS_TABSTOP | WS_CHILD | WS_VISIBLE), dword_at(p, at));
-    EXPECT_EQ(0u, dword_at(p, at + 4));
-    // x, y, cx, cy, id (low word), class atom
-    const uint16_t words[] = {1, (uint16_t)y++, 30, 12, (uint16_t)r.id, 0xFFFF, r.atom};
-    for (size_t w = 0; w < 7; w++) EXPECT_EQ(words[w], word_at(p, at + 8 + 2 * w)) << "at +" << 8 + 2 * w;
-    at += 22;
-    EXPECT_EQ(r.wide, string_at(p, &at));
-    EXPECT_EQ(0, word_at(p, at));  // no creation data
-    at += 2;
+  for (size_t i = 0; i < KX_COUNT(headers); i++) {
+    const auto &h = headers[i];
+    SCOPED_TRACE(testing::Message() << "header " << i);
+    DialogTemplate *t = dres_create(h.title, WS_POPUP | WS_CAPTION | DS_SETFONT, -3, 4, 200, 150, h.font, 9);
+    ASSERT_NE(nullptr, t);
+    int16_t y = 0;
+    for (const auto &r : items) ASSERT_EQ(1, dres_add(t, r.atom, r.text, r.id, WS_TABSTOP, 1, y++, 30, 12));
+    const uint8_t *p = (const uint8_t *)dres_bytes(t);
+    uint32_t style = dword_at(p, 0);
+    EXPECT_EQ(h.font ? (uint32_t)DS_SETFONT : 0u, style & DS_SETFONT) << std::hex << style;
+    EXPECT_EQ((uint32_t)(WS_POPUP | WS_CAPTION), style & ~(uint32_t)DS_SETFONT);
+    EXPECT_EQ(0u, dword_at(p, 4));  // extended style
+    // items, x, y, cx, cy, menu, class
+    const uint16_t words[] = {6, (uint16_t)-3, 4, 200, 150, 0, 0};
+    for (size_t w = 0; w < 7; w++) EXPECT_EQ(words[w], word_at(p, 8 + 2 * w)) << "at " << 8 + 2 * w;
+    size_t at = 22;
+    EXPECT_EQ(h.wide_title, string_at(p, &at));
+    if (h.font) {
+      EXPECT_EQ(9, word_at(p, at));
+      at += 2;
+      std::string font(h.font);
+      EXPECT_EQ(std::wstring(font.begin(), font.end()), string_at(p, &at));
+    }
+    y = 0;
+    for (const auto &r : items) {
+      SCOPED_TRACE(testing::Message() << "item " << r.text);
+      for (; at % 4; at++) EXPECT_EQ(0, p[at]) << "padding at " << at;
+      EXPECT_EQ((uint32_t)(WS_TABSTOP | WS_CHILD | WS_VISIBLE), dword_at(p, at));
+      EXPECT_EQ(0u, dword_at(p, at + 4));
+      // x, y, cx, cy, id (low word), class atom
+      const uint16_t item_words[] = {1, (uint16_t)y++, 30, 12, (uint16_t)r.id, 0xFFFF, r.atom};
+      for (size_t w = 0; w < 7; w++) EXPECT_EQ(item_words[w], word_at(p, at + 8 + 2 * w)) << "at +" << 8 + 2 * w;
+      at += 22;
+      EXPECT_EQ(r.wide, string_at(p, &at));
+      EXPECT_EQ(0, word_at(p, at));  // no creation data
+      at += 2;
+    }
+    EXPECT_EQ((int32_t)at, dres_size(t));
+    dres_destroy(&t);
+    EXPECT_EQ(nullptr, t);
   }
-  EXPECT_EQ((int32_t)at, dres_size(t));
-  dres_destroy(&t);
 }
 
 TEST(Dres, LongTextsGrowTheTemplate) {

@@ -1,6 +1,6 @@
-// tk_watch.h - drives the real dialogs of the test's own thread from a thread timer: the timer
-// fires inside whatever modal loop runs, finds a top-level dialog by title, records what it shows
-// (texts as UTF-16 converted to code page 1250) and acts on it as a user would.
+// tk_watch.h - reads windows as a user sees them (texts as UTF-16 given in code page 1250, also
+// for windows of other threads and processes) and answers the dialogs of the test's own thread
+// from a thread timer, which fires inside whatever modal loop runs.
 #ifndef KX_TK_WATCH_H
 #define KX_TK_WATCH_H
 
@@ -14,13 +14,16 @@
 
 namespace tk {
 
-inline std::string text_1250(HWND window) {
-  int n = GetWindowTextLengthW(window);
-  std::wstring wide((size_t)n + 1, L'\0');
-  GetWindowTextW(window, &wide[0], n + 1);
+inline std::string from_wide(const wchar_t *wide, int n) {
   std::string out((size_t)n * 2 + 1, '\0');
-  out.resize((size_t)WideCharToMultiByte(1250, 0, wide.c_str(), n, &out[0], (int)out.size(), nullptr, nullptr));
+  int m = n > 0 ? WideCharToMultiByte(1250, 0, wide, n, &out[0], (int)out.size(), nullptr, nullptr) : 0;
+  out.resize(m > 0 ? (size_t)m : 0);
   return out;
+}
+
+inline std::string text_1250(HWND window) {
+  wchar_t wide[4096];
+  return from_wide(wide, GetWindowTextW(window, wide, 4096));
 }
 
 inline bool is_class(HWND window, const char *cls) {
@@ -29,45 +32,64 @@ inline bool is_class(HWND window, const char *cls) {
   return !lstrcmpiA(name, cls);
 }
 
-// What a dialog showed: title, owner, static texts and buttons in window order.
+// What a window shows: title, owner, the non-empty texts of its visible statics, its buttons
+// and the items of its list box, each in window order.
 struct Seen {
   std::string title;
-  std::vector<std::string> statics, buttons;
+  std::vector<std::string> statics, buttons, list;
   HWND owner = nullptr;
 };
 
-inline HWND find_button(HWND dialog, const std::string &text, Seen *seen = nullptr) {
-  for (HWND c = GetWindow(dialog, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
-    if (seen && is_class(c, "Static")) seen->statics.push_back(text_1250(c));
-    if (!is_class(c, "Button")) continue;
-    if (seen) seen->buttons.push_back(text_1250(c));
-    else if (text_1250(c) == text) return c;
+inline Seen read_window(HWND w) {
+  Seen s;
+  s.title = text_1250(w);
+  s.owner = GetWindow(w, GW_OWNER);
+  for (HWND c = GetWindow(w, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) {
+    if (!IsWindowVisible(c)) continue;
+    if (is_class(c, "Button")) s.buttons.push_back(text_1250(c));
+    if (is_class(c, "Static") && !text_1250(c).empty()) s.statics.push_back(text_1250(c));
+    for (LRESULT i = 0, n = is_class(c, "ListBox") ? SendMessageW(c, LB_GETCOUNT, 0, 0) : 0; i < n; i++) {
+      wchar_t item[2048] = {0};
+      s.list.push_back(from_wide(item, (int)SendMessageW(c, LB_GETTEXT, (WPARAM)i, (LPARAM)item)));
+    }
   }
+  return s;
+}
+
+inline HWND find_button(HWND window, const std::string &text) {
+  for (HWND c = GetWindow(window, GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT))
+    if (is_class(c, "Button") && text_1250(c) == text) return c;
   return nullptr;
 }
 
-struct FindCtx {
+// A visible top-level "#32770" window titled title (any title when empty) of this thread, or
+// with pid of that process.
+struct Find {
   const std::string *title;
+  DWORD pid;
   HWND found;
 };
 
 inline BOOL CALLBACK find_one(HWND w, LPARAM p) {
-  FindCtx *c = (FindCtx *)p;
-  if (!IsWindowVisible(w) || !is_class(w, "#32770")) return TRUE;
-  if (!c->title->empty() && text_1250(w) != *c->title) return TRUE;
-  c->found = w;
+  Find *f = (Find *)p;
+  DWORD pid = 0;
+  GetWindowThreadProcessId(w, &pid);
+  if ((f->pid && pid != f->pid) || !IsWindowVisible(w) || !is_class(w, "#32770") ||
+      (!f->title->empty() && text_1250(w) != *f->title))
+    return TRUE;
+  f->found = w;
   return FALSE;
 }
 
-// Finds a visible "#32770" window of this thread with this title (any title when empty).
-inline HWND find_dialog(const std::string &title) {
-  FindCtx ctx{&title, nullptr};
-  EnumThreadWindows(GetCurrentThreadId(), find_one, (LPARAM)&ctx);
-  return ctx.found;
+inline HWND find_dialog(const std::string &title, DWORD pid = 0) {
+  Find f{&title, pid, nullptr};
+  if (pid) EnumWindows(find_one, (LPARAM)&f);
+  else EnumThreadWindows(GetCurrentThreadId(), find_one, (LPARAM)&f);
+  return f.found;
 }
 
-// One watcher at a time: waits for the dialog titled title, records it, then runs act on it.
-// If none shows within the limit, every dialog of the thread is cancelled (no hang) and
+// One watcher at a time: waits for the dialog titled title, reads it, then runs act on it. If
+// none shows within the limit, every dialog of the thread is cancelled (no hang) and
 // timed_out is set.
 class Watch {
  public:
@@ -76,10 +98,7 @@ class Watch {
     current() = this;
     timer_ = SetTimer(nullptr, 0, 30, tick);
   }
-  ~Watch() {
-    KillTimer(nullptr, timer_);
-    current() = nullptr;
-  }
+  ~Watch() { KillTimer(nullptr, timer_), current() = nullptr; }
   bool fired = false, timed_out = false;
   Seen seen;
 
@@ -93,9 +112,7 @@ class Watch {
     if (!w || w->fired) return;
     if (HWND d = find_dialog(w->title_)) {
       w->fired = true;
-      w->seen.title = text_1250(d);
-      w->seen.owner = GetWindow(d, GW_OWNER);
-      find_button(d, "", &w->seen);
+      w->seen = read_window(d);
       w->act_(d);
     } else if (GetTickCount() - w->start_ > w->limit_) {
       w->fired = w->timed_out = true;

@@ -24,28 +24,15 @@ class DemoDialog : public Dialog {
     return 1;
   }
   Flag on_message(unsigned message, uintptr_t wparam, intptr_t) override {
-    if (message != WM_COMMAND || HIWORD(wparam) != BN_CLICKED) return 0;
+    int id = message == WM_COMMAND && HIWORD(wparam) == BN_CLICKED ? LOWORD(wparam) : 0;
+    if (id == END) return dialog_end(this, 7), 1;
+    if (id < ASK || id > NOTICE) return 0;
+    int got = id == ASK          ? QuestionBox("Přepsat soubor ?")
+              : id == ASK_CANCEL ? QuestionBoxCancelF("Soubor %s již existuje.\nPřepsat ?", "C:\\KORV5\\EXE\\SYSTEM.WCO")
+              : id == ASK_ALL    ? QuestionBoxAll(window, "Přepsat všechny soubory ?")
+                                 : NoticeBox("Vlož DISK2");
     char text[64];
-    switch (LOWORD(wparam)) {
-      case ASK:
-        snprintf(text, sizeof text, "odpověď %d", QuestionBox("Přepsat soubor ?"));
-        break;
-      case ASK_CANCEL:
-        snprintf(text, sizeof text, "odpověď %d",
-                 QuestionBoxCancelF("Soubor %s již existuje.\nPřepsat ?", "C:\\KORV5\\EXE\\SYSTEM.WCO"));
-        break;
-      case ASK_ALL:
-        snprintf(text, sizeof text, "odpověď %d", QuestionBoxAll(window, "Přepsat všechny soubory ?"));
-        break;
-      case NOTICE:
-        snprintf(text, sizeof text, "oznámení %d", NoticeBox("Vlož DISK2"));
-        break;
-      case END:
-        dialog_end(this, 7);
-        return 1;
-      default:
-        return 0;
-    }
+    snprintf(text, sizeof text, "%s %d", id == NOTICE ? "oznámení" : "odpověď", got);
     control_set_text(&answer, text);
     return 1;
   }
