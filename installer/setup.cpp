@@ -8,9 +8,12 @@
 //      directory and the program ends with 0, without a window;
 //   4. otherwise the options record is filled (built-in defaults), the toolkit runs with the
 //      installer dialog as its main window (window type 100) until the dialog is closed, the
-//      options record is handed back, and the toolkit's result is the exit code.
+//      options record is handed back, the process-wide configuration store is freed (before
+//      the memory statistics end, so that the log shows it given back), and the toolkit's
+//      result is the exit code.
 #include "../common/mm.h"
 #include "../menu/sw_inst.h"
+#include "../swin/wco.h"
 #include "../swin/wgd.h"
 #include "../win/instmain.h"
 #include "../win/pfu.h"
@@ -99,6 +102,7 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
   instmain_release();
   if (SUCCEEDED(com)) CoUninitialize();
   finish_options(&ifl_options);
+  wco::release_system_store();  // keep this: its blocks would show as held in MMBIN.MM
   mm_stat_end();
   return code;
 }

@@ -863,6 +863,11 @@ ConfigStore *wco::system_store(void) {
   return the_system_store;
 }
 
+Flag wco::release_system_store(void) {
+  if (the_system_store) destroy(&the_system_store);
+  return 1;
+}
+
 // ---- Files -------------------------------------------------------------------------------------
 
 namespace {

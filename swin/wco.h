@@ -156,8 +156,15 @@ Flag destroy(ConfigStore **store);
 // after an internal error when store or *store is null.
 
 ConfigStore *system_store(void);
-// The process-wide store, created empty on the first call and kept for the whole run. Null only
-// when it could not be created (after OutOfMemoryError()); a later call tries again.
+// The process-wide store, created empty on the first call and kept for the whole run (until
+// release_system_store). Null only when it could not be created (after OutOfMemoryError()); a
+// later call tries again.
+
+Flag release_system_store(void);
+// Frees the process-wide store with everything in it; the next system_store() creates a new
+// empty one. A program's main body calls it at the very end, before the memory statistics end
+// (mm_stat_end), so that the guarded memory log shows every block of the store given back.
+// Returns 1, also when there is no store.
 
 // ---- Files -------------------------------------------------------------------------------------
 
