@@ -35,6 +35,15 @@ Flag same_path(const char *a, const char *b) {
   return 1;
 }
 
+// The first n characters of a and b are the same path, as same_path compares.
+Flag same_path_prefix(const char *a, const char *b, size_t n) {
+  for (size_t i = 0; i < n; i++) {
+    if (is_separator(a[i]) && is_separator(b[i])) continue;
+    if (ascii_upper(a[i]) != ascii_upper(b[i])) return 0;
+  }
+  return 1;
+}
+
 struct Walk {
   UninstallList list;
   UninstallCounts *counts;
@@ -66,10 +75,19 @@ Flag remove_directory(Walk *walk, const char *path) {
   return 0;
 }
 
+// The installs keep the application-path key under a parent of this suite's own spelling
+// ("AppPaths" in one word, which Windows itself does not use) and record only the key; the
+// parent goes with the last key under it.
+const char APP_PATHS[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\AppPaths";
+
 Flag remove_key(Walk *walk, int16_t root, const char *key) {
   if (key[0] == '\0' || !reg_key_exists(root, key)) return 0;
   if (reg_subkey_count(root, key) == 0 && reg_delete_key(root, key)) {
     walk->counts->keys++;
+    size_t n = sizeof APP_PATHS - 1;
+    if (root == REG_ROOT_LOCAL_MACHINE && strlen(key) > n && is_separator(key[n]) &&
+        same_path_prefix(key, APP_PATHS, n) && reg_subkey_count(root, APP_PATHS) == 0)
+      reg_delete_key(root, APP_PATHS);
     return 1;
   }
   return 0;
