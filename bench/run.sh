@@ -109,6 +109,9 @@ drive_c=$WINEPREFIX/drive_c
 machine="$(lscpu | sed -n 's/^Model name: *//p' | head -1), $(nproc) cores, \
 $(free -g | awk '/^Mem:/{print $2}') GB RAM, Linux $(uname -r), $(wine --version), $(date -u +%Y-%m-%d)"
 echo "$machine" >"$out/machine.txt"
+# The load of the machine (other people's builds and tests) before and after the rounds.
+load_now() { cut -d' ' -f1-3 /proc/loadavg; }
+echo "load before $(load_now)" >"$out/load.txt"
 
 # ---- Size and imports of SETUP.EXE
 : >"$out/size.txt"
@@ -195,4 +198,5 @@ for r in $(seq 1 "$runs"); do
   done
 done
 
+echo "load after $(load_now)" >>"$out/load.txt"
 python3 "$root/bench/summary.py" "$out" | tee "$out/results.txt"

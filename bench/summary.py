@@ -32,6 +32,11 @@ def main():
         extra.setdefault(w[0], []).append(fields(w[4:]))
     med = {k: statistics.median(v) for k, v in runs.items()}
     print(f"machine: {machine}")
+    try:
+        load = open(os.path.join(out, "load.txt")).read().split("\n")
+        print("load average (1, 5, 15 min): " + "; ".join(l for l in load if l))
+    except OSError:
+        pass
     print(f"install rounds (alternated, ms; median of {max(map(len, runs.values()), default=0)}):")
     for k in ("setup", "nsis", "floor"):
         if k in runs:

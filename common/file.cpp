@@ -4,9 +4,15 @@
 #include "mm.h"
 #include "win/we.h"
 
+#include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
+#ifdef KX_WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
 
 #define MODULE "file"
 
@@ -45,6 +51,11 @@ const char *const stream_modes[] = {"", "rt", "w+t", "w+t", "r+t", "rb", "wb", "
 
 bool stream_mode(int16_t mode) { return mode >= 1 && mode <= 8; }
 bool text_mode(int16_t mode) { return mode >= 1 && mode <= 4; }
+
+// fopen, except that "wb" goes through file_open_new_binary.
+FILE *open_stream(const char *path, const char *mode_text) {
+  return strcmp(mode_text, "wb") == 0 ? file_open_new_binary(path) : fopen(path, mode_text);
+}
 
 void cut_copy(char *target, size_t size, const char *text) {
   size_t n = strlen(text);
@@ -286,11 +297,11 @@ Flag file_open(FileObject *file, int16_t mode) {
   }
   const char *mode_text = stream_modes[mode];
   if (statistics_on) {
-    FILE *stream = fopen(file->path, mode_text);
+    FILE *stream = open_stream(file->path, mode_text);
     track_open(file->path, mode_text, stream);
     file->stream = stream;
   } else {
-    file->stream = fopen(file->path, mode_text);
+    file->stream = open_stream(file->path, mode_text);
   }
   if (!file->stream) {
     ErrorBoxF("Soubor %s nelze otevřít", file->path);
@@ -324,6 +335,30 @@ Flag file_close(FileObject *file, Flag delete_after) {
   file->position = 0;
   if (delete_after) remove(file->path);
   return ok;
+}
+
+FILE *file_open_new_binary(const char *path) {
+  if (!path) return nullptr;
+#ifdef KX_WIN32
+  int fd = _open(path, _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+  FILE *stream = fd >= 0 ? _fdopen(fd, "wb") : nullptr;
+  if (fd >= 0 && !stream) _close(fd);
+#else
+  int fd = open(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
+  FILE *stream = fd >= 0 ? fdopen(fd, "wb") : nullptr;
+  if (fd >= 0 && !stream) close(fd);
+#endif
+  return stream ? stream : fopen(path, "wb");
+}
+
+Flag file_flush(FileObject *file) {
+  if (!file || file->mode == 0) {
+    InternalError(MODULE, __LINE__);
+    return 0;
+  }
+  if (!stream_mode(file->mode) || fflush(file->stream) == 0) return 1;
+  if (!file->write_error) write_failed(file);
+  return 0;
 }
 
 // ---- Blocks --------------------------------------------------------------------------------

@@ -47,6 +47,8 @@
 
 #include "co.h"
 
+#include <stdio.h>
+
 struct FileObject;
 
 enum {
@@ -115,6 +117,20 @@ Flag file_close(FileObject *file, Flag delete_after);
 // the same); "Do souboru %s nelze zapisovat (plný disk?)" is shown then, unless a write of this
 // open has already shown it (one fault, one box). A null file or a file that is
 // not open is an internal error: 0. With statistics on the close is logged (see above).
+
+FILE *file_open_new_binary(const char *path);
+// fopen(path, "wb") with the same result, except that a file that is not there is created as a
+// new one instead of being truncated: under Wine every truncation (even of a file that does
+// not exist yet) makes the file system write the whole file out at its close, and the
+// installer deletes or moves most of the files it writes at once. Null for a null path or when
+// the file can't be opened; nothing is shown.
+
+Flag file_flush(FileObject *file);
+// Hands what the stream holds in its buffer to the system, so that it is in the file even if
+// the program ends at once. Returns 1 (also for the memory and counting modes, which hold
+// nothing). Returns 0 when it could not be written; "Do souboru %s nelze zapisovat (plný
+// disk?)" is shown then, unless a write of this open has already shown it. A null file or a
+// file that is not open is an internal error: 0.
 
 // ---- Blocks --------------------------------------------------------------------------------
 

@@ -192,14 +192,52 @@ static const char *item_text(int32_t id, const char *version) {
 
 // ---- The dialog's items ----------------------------------------------------------------------
 
+// The status line and the progress lines are written eight times per installed file. Looking an
+// item up and setting its text are each a trip to the window system (under Wine a round trip to
+// its server), so these items' windows are looked up once per dialog window, and a text such an
+// item already shows is not set and repainted again (lines 19 and 20 stay the same for most
+// files). The other items are set as they come.
+enum {
+  PROGRESS_FIRST = SW_INST_STATUS,
+  PROGRESS_COUNT = SW_INST_LINE_FIRST + SW_INST_LINE_COUNT - SW_INST_STATUS
+};
+static HWND progress_parent;
+static HWND progress_windows[PROGRESS_COUNT];
+
+static Flag progress_item(int32_t id) {
+  return id >= PROGRESS_FIRST && id < PROGRESS_FIRST + PROGRESS_COUNT;
+}
+
 static HWND item_window(InstallerDialog *d, int32_t id) {
-  return d->window ? GetDlgItem((HWND)d->window, id) : nullptr;
+  if (!d->window) return nullptr;
+  HWND parent = (HWND)d->window;
+  if (!progress_item(id)) return GetDlgItem(parent, id);
+  if (parent != progress_parent) {
+    progress_parent = parent;
+    for (int i = 0; i < PROGRESS_COUNT; i++) progress_windows[i] = nullptr;
+  }
+  HWND &w = progress_windows[id - PROGRESS_FIRST];
+  if (!w || !IsWindow(w)) w = GetDlgItem(parent, id);
+  return w;
+}
+
+// 1 when the window shows exactly text (Windows-1250) already. Texts too long for the buffers
+// count as different and are set.
+static Flag shows_text(HWND w, const char *text) {
+  enum { COMPARED = 512 };
+  wchar_t wanted[COMPARED], shown[COMPARED];
+  int n = MultiByteToWideChar(1250, 0, text, -1, wanted, COMPARED);  // with the terminator
+  if (n <= 0 || n >= COMPARED) return 0;
+  int m = GetWindowTextW(w, shown, COMPARED);
+  return m == n - 1 && memcmp(wanted, shown, (size_t)m * sizeof(wchar_t)) == 0 ? 1 : 0;
 }
 
 static void set_item_text(InstallerDialog *d, int32_t id, const char *text) {
   HWND w = item_window(d, id);
   if (!w) return;
-  dialog_window_set_text(w, text ? text : "");
+  if (!text) text = "";
+  if (progress_item(id) && shows_text(w, text)) return;
+  dialog_window_set_text(w, text);
   UpdateWindow(w);  // the install runs long between pumps: show it now
 }
 

@@ -1,6 +1,7 @@
 // copy.cpp - copying one file byte for byte: see copy.h.
 #include "copy.h"
 
+#include "../common/file.h"
 #include "../common/mm.h"
 #include "../win/we.h"
 
@@ -29,6 +30,7 @@ CopyAllocator copy_test_set_allocator(CopyAllocator allocator) {
   copy_allocator = allocator ? allocator : mm_zalloc;
   return previous;
 }
+
 
 // Takes the largest buffer of the halving sequence the manager has; its size in *size.
 static unsigned char *take_buffer(int32_t *size) {
@@ -70,7 +72,7 @@ Flag CopyFile(const char *source, const char *target) {
   if (!copy_source) {
     ErrorBoxF(COPY_TEXT_OPEN, source);
   } else {
-    copy_target = fopen(target, "wb");
+    copy_target = file_open_new_binary(target);
     if (!copy_target) {
       ErrorBoxF(COPY_TEXT_OPEN, target);
     } else {

@@ -94,12 +94,12 @@ Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned ch
 // ---- Inflating ---------------------------------------------------------------------------
 //
 // The output grows a step at a time (step = the packed length rounded up to 256), but bytes
-// once inflated are never moved while inflating: the first block is one step, zero-filled (the
-// result buffer as it starts); when it is full, room is added as further blocks chained after
-// it, each a whole number of steps and as large as all the room before it (at most
-// ZIP_PIECE_MAX), so that a file of any ratio takes a handful of blocks and zlib writes each
-// byte once. The room is always a whole number of steps, as the step-by-step growth gives.
-// DecompressBuffer then joins the blocks into one zero-filled buffer of that many steps (no
+// once inflated are never moved while inflating: the first block is one step (the result
+// buffer as it starts, zero-filled when it may be handed out); when it is full, room is added
+// as further blocks chained after it, each a whole number of steps and as large as all the
+// room before it (at most ZIP_PIECE_MAX), so that a file of any ratio takes a handful of
+// blocks and zlib writes each byte once. The room is always a whole number of steps, as the
+// step-by-step growth gives. DecompressBuffer then joins the blocks into one zero-filled buffer of that many steps (no
 // copy at all when the first block holds everything, as it does for every file that packs
 // worse than about 1:1); the operations that end in a file write the blocks one after another
 // and never need the joined copy, so a packed file's peak is its packed size plus its plain
@@ -118,7 +118,7 @@ struct ZipPiece {
 
 // The output of one inflation.
 struct ZipInflated {
-  unsigned char *first;  // the first block: one step, zero-filled, no header
+  unsigned char *first;  // the first block: one step, no header
   uint32_t first_used;
   uint32_t step;
   ZipPiece *pieces;  // the blocks after the first, in order
@@ -148,13 +148,18 @@ static Flag inflate_failed(ZipUtil *zip, z_stream *stream, ZipInflated *inflated
 
 // Inflates the zlib stream of length bytes at data into *inflated. Returns 1 (last error not
 // yet set), or 0 with the code in the last-error field and nothing held.
-static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipInflated *inflated) {
+// The first block is zero-filled only when it may be handed out (zero_first): the operations
+// that end in a file write the inflated bytes alone, and filling memory that zlib overwrites at
+// once costs a pass over it.
+static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipInflated *inflated,
+                           Flag zero_first) {
   memset(inflated, 0, sizeof *inflated);
   uint64_t step = ((uint64_t)length + 255) & ~(uint64_t)255;
   if (step == 0) step = 256;  // an empty input still gets a buffer; inflate then says -5
   if (step > ZIP_BLOCK_MAX) return inflate_failed(zip, NULL, inflated, Z_MEM_ERROR);
   inflated->step = (uint32_t)step;
-  inflated->first = (unsigned char *)mm_zalloc((int32_t)step, MODULE, __LINE__);
+  inflated->first = zero_first ? (unsigned char *)mm_zalloc((int32_t)step, MODULE, __LINE__)
+                               : (unsigned char *)mm_alloc((int32_t)step, MODULE, __LINE__);
   if (!inflated->first) return inflate_failed(zip, NULL, inflated, Z_MEM_ERROR);
   // The largest block added at once: whole steps, at least one.
   uint64_t largest = ZIP_PIECE_MAX / step * step;
@@ -209,7 +214,7 @@ Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned 
   if (!buffer_arguments_ok(zip, data, length, out, out_length, __LINE__)) return 0;
   *out_length = 0;
   ZipInflated inflated;
-  if (!inflate_blocks(zip, data, length, &inflated)) return 0;
+  if (!inflate_blocks(zip, data, length, &inflated, 1)) return 0;
   unsigned char *buffer = inflated.first;
   if (inflated.pieces) {
     // Join: one zero-filled buffer of the whole steps that hold the data.
@@ -255,7 +260,8 @@ static Flag read_whole_file(ZipUtil *zip, const char *name, unsigned char **data
     if (size == 0) {
       ok = 1;
     } else {
-      buffer = (unsigned char *)mm_zalloc(size, MODULE, __LINE__);
+      // Not zero-filled: the read overwrites all of it (and it is freed when the read fails).
+      buffer = (unsigned char *)mm_alloc(size, MODULE, __LINE__);
       ok = buffer && file_read(file, buffer, size);
     }
   }
@@ -336,7 +342,7 @@ Flag DecompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, con
     return 0;
   }
   ZipInflated inflated;
-  if (!inflate_blocks(zip, data, length, &inflated)) return 0;
+  if (!inflate_blocks(zip, data, length, &inflated, 0)) return 0;
   return write_inflated(zip, file, &inflated);
 }
 
@@ -394,7 +400,7 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target) {
   uint32_t length;
   if (!read_whole_file(zip, source, &data, &length)) return 0;
   ZipInflated inflated;
-  Flag ok = inflate_blocks(zip, data, length, &inflated);
+  Flag ok = inflate_blocks(zip, data, length, &inflated, 0);
   release(data, __LINE__);  // before the target is opened
   if (!ok) return 0;
   return write_inflated(zip, target, &inflated);

@@ -111,10 +111,10 @@ Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned 
 // ---- Buffers to and from files -----------------------------------------------------------
 // Reading a whole file (the operations that start from a file): the file is opened binary
 // through the file layer ("rb"), its size taken by seeking to the end, the whole of it read
-// into a zero-filled block (none for an empty file) and the file closed; the block is freed as
-// soon as the buffer operation has returned. When the file cannot be opened the operation
-// returns 0 at once and leaves the last error as it was; when the file layer object, the block
-// or the read fails: last error -10.
+// into a block (none for an empty file; not zero-filled, as the read fills it) and the file
+// closed; the block is freed as soon as the buffer operation has returned. When the file
+// cannot be opened the operation returns 0 at once and leaves the last error as it was; when
+// the file layer object, the block or the read fails: last error -10.
 //
 // Writing a whole file (the operations that end in a file): the target is opened binary
 // through the file layer ("wb": created, or truncated when it exists) only after the buffer

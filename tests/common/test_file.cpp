@@ -92,6 +92,33 @@ TEST(FileBlocks, ShortReadsAndWritesAreReported) {
   EXPECT_EQ("12345", kxtest::read_bytes("five"));
 }
 
+// A flush puts the buffered bytes into the file while it stays open; one that can't be
+// written is told once, and not again at the close.
+TEST(FileBlocks, FlushWritesThroughAndReportsOnce) {
+  ScratchDir dir;
+  BoxRecorder rec;
+  FileObject *f = opened("flushed", 2);
+  ASSERT_EQ(1, file_write(f, "abc", 3));
+  EXPECT_EQ(1, file_flush(f));
+  EXPECT_EQ("abc", kxtest::read_bytes("flushed")) << "before the close";
+  file_destroy(&f);
+  FileObject *m = opened("counted", 9);
+  EXPECT_EQ(1, file_flush(m)) << "a counting file holds nothing";
+  EXPECT_EQ(1, file_close(m, 0));
+  EXPECT_EQ(0, file_flush(m)) << "not open";
+  EXPECT_EQ("internal", box_of(rec));
+  file_destroy(&m);
+#ifndef KX_WIN32
+  rec.clear();
+  FileObject *full = opened("/dev/full", 2);
+  ASSERT_EQ(1, file_write(full, "abc", 3));
+  EXPECT_EQ(0, file_flush(full));
+  file_close(full, 0);
+  EXPECT_EQ("Do souboru /dev/full nelze zapisovat (plný disk?)", box_of(rec));
+  file_destroy(&full);
+#endif
+}
+
 TEST(FileLines, TextLinesRoundTripAndLongLinesComeInPieces) {
   ScratchDir dir;
   FileObject *f = opened("t.txt", 2);
