@@ -206,25 +206,110 @@ int16_t list_next(InstallState *state) {
 
 // ---- UNINST.LST ----------------------------------------------------------------------------
 
-Flag record(uint16_t kind, const char *path) {
-  if (!uninstall_list) return 1;
+// Whole records of UNINST.LST on the disk: the next record goes to this place (a torn record
+// that a full disk left behind is written over).
+int32_t uninstall_count = 0;
+// While INST.LST is open, UNINST.LST ends with copies of INST.LST's record beyond the last
+// real record: each record writes over the first and puts them all back behind itself. So the
+// records of files that a full disk cut short (an unpacking that failed and the copy that ended
+// the loop) and the record of step 12 go where room was taken before, and a disk that the
+// transfer filled can't keep them out of the list. The list is cut back to its whole records
+// when it is closed.
+enum { AHEAD_RECORDS = 3 };
+Flag install_list_ahead = 0;
+unsigned char install_list_record[ILST_UNINSTALL_SIZE];
+char uninstall_path[KX_PATH];
+
+Flag encode_record(uint16_t kind, const char *path, unsigned char *bytes) {
   UninstallRecord entry;
   entry.kind = kind;
   copy_cut(entry.path, sizeof entry.path, path);
+  return ilst_encode_uninstall(&entry, bytes);
+}
+
+// Writes bytes (one record, or none) at the next place, then the room held ahead, and hands
+// it all to the system: what is written is in the file before the install goes on. After a
+// failure the list is closed and opened again, so that the next record starts on a clean
+// stream. Returns 1 when the record is in the file (or there is no list), 0 after the file
+// layer's message.
+Flag put_record(const unsigned char *bytes) {
+  if (!uninstall_list) return 1;
+  Flag ok = file_seek(uninstall_list, uninstall_count * ILST_UNINSTALL_SIZE, FILE_FROM_START);
+  if (ok && bytes) ok = file_write(uninstall_list, bytes, ILST_UNINSTALL_SIZE);
+  for (int i = 0; ok && install_list_ahead && i < AHEAD_RECORDS; i++)
+    ok = file_write(uninstall_list, install_list_record, ILST_UNINSTALL_SIZE);
+  if (ok) ok = file_flush(uninstall_list);
+  if (!ok) {
+    file_close(uninstall_list, 0);
+    if (!file_open(uninstall_list, FILE_UPDATE_BINARY)) {
+      file_destroy(&uninstall_list);
+      return 0;
+    }
+  }
+  if (ok && bytes) uninstall_count++;
+  return ok;
+}
+
+// Appends one record. 1 when it is on the disk (or there is no list).
+Flag record_now(uint16_t kind, const char *path) {
+  if (!uninstall_list) return 1;
   unsigned char bytes[ILST_UNINSTALL_SIZE];
-  if (ilst_encode_uninstall(&entry, bytes)) file_write(uninstall_list, bytes, ILST_UNINSTALL_SIZE);
+  if (!encode_record(kind, path, bytes)) return 0;
+  return put_record(bytes);
+}
+
+Flag record(uint16_t kind, const char *path) {
+  record_now(kind, path);
   return 1;
 }
 
+// Closes UNINST.LST and cuts it back to its whole records (what was held ahead, a torn record).
+void close_uninstall_list(void) {
+  install_list_ahead = 0;
+  if (!uninstall_list) return;
+  int32_t size = file_size(uninstall_list);
+  file_destroy(&uninstall_list);
+  if (size > uninstall_count * ILST_UNINSTALL_SIZE)
+    plat_truncate_file(uninstall_path, uninstall_count * ILST_UNINSTALL_SIZE);
+}
+
+// The path of a file record: path, and each further non-empty part after a "\\" (added only
+// where the text so far does not end in one), cut at KX_PATH - 1.
+void record_path(char *whole, const char *path, const char *part2, const char *part3) {
+  copy_cut(whole, KX_PATH, path);
+  const char *parts[2] = {part2, part3};
+  for (const char *part : parts) {
+    if (!part || !part[0]) continue;
+    size_t n = strlen(whole);
+    if (n == 0 || whole[n - 1] != '\\') append_cut(whole, KX_PATH, "\\");
+    append_cut(whole, KX_PATH, part);
+  }
+}
+
 // Opens UNINST.LST in the current directory for appending records: an existing list is kept
-// and written on at its end, a missing one is created.
+// and written on after its whole records, a missing one is created. The list may be opened
+// again after a failed record (put_record), also from the later steps' directories, and cut
+// when it is closed: it is named by its full path, taken here.
 void open_uninstall_list(void) {
-  if (uninstall_list) file_destroy(&uninstall_list);
-  if (!file_create(&uninstall_list, UNINSTALL_LIST_NAME)) return;
-  Flag existing = file_exists(UNINSTALL_LIST_NAME);
-  if (!file_open(uninstall_list, existing ? FILE_UPDATE_BINARY : FILE_WRITE_BINARY) ||
-      !file_seek(uninstall_list, 0, FILE_FROM_END))
+  close_uninstall_list();
+  uninstall_count = 0;
+  char here[KX_PATH], path[KX_PATH];
+  if (!plat_current_directory(here, KX_PATH) ||
+      !join(path, here, here[0] && here[strlen(here) - 1] == '\\' ? "" : "\\", UNINSTALL_LIST_NAME))
+    copy_cut(path, sizeof path, UNINSTALL_LIST_NAME);
+  copy_cut(uninstall_path, sizeof uninstall_path, path);
+  if (!file_create(&uninstall_list, path)) return;
+  Flag existing = file_exists(path);
+  if (!file_open(uninstall_list, existing ? FILE_UPDATE_BINARY : FILE_WRITE_BINARY)) {
     file_destroy(&uninstall_list);
+    return;
+  }
+  int32_t size = file_size(uninstall_list);
+  if (size < 0) {
+    file_destroy(&uninstall_list);
+    return;
+  }
+  uninstall_count = size / ILST_UNINSTALL_SIZE;
 }
 
 // ---- Steps ---------------------------------------------------------------------------------
@@ -258,6 +343,48 @@ Flag check_source(InstallState *state) {
   return 1;
 }
 
+// An earlier configuration that is worth offering: a text that the store reads without a
+// complaint -- every entry inside a section, section names and keys of 1 to 40 characters, no
+// control character -- and that holds one entry at least. A damaged file or another program's
+// bytes would only bring internal-error boxes and defaults in place of this install's paths;
+// such a file is not offered, and the install writes its own configuration.
+Flag configuration_readable(const char *path) {
+  FileObject *file = nullptr;
+  if (!file_create(&file, path)) return 0;
+  if (!file_open(file, FILE_READ_TEXT)) {
+    file_destroy(&file);
+    return 0;
+  }
+  char line[WCO_READ_SIZE];
+  Flag ok = 1, in_section = 0;
+  int32_t entries = 0;
+  while (ok && file_read_line(file, line, sizeof line)) {
+    for (const unsigned char *c = (const unsigned char *)line; *c; c++)
+      if (*c < 32 && *c != '\t') ok = 0;
+    if (!ok || !st_trim(line)) continue;
+    size_t length = strlen(line);
+    if (length >= 7 && strncmp(line, "BEGIN[", 6) == 0 && line[length - 1] == ']') {
+      line[length - 1] = 0;
+      char *name = line + 6;
+      in_section = st_trim(name) && strlen(name) <= WCO_NAME_MAX;
+      ok = in_section;
+      continue;
+    }
+    if (length >= 5 && strncmp(line, "END[", 4) == 0 && line[length - 1] == ']') {
+      in_section = 0;
+      continue;
+    }
+    char *equals = strchr(line, '=');
+    if (!equals) continue;
+    *equals = 0;
+    if (!st_trim(line)) continue;
+    ok = in_section && strlen(line) <= WCO_NAME_MAX;
+    entries++;
+  }
+  file_destroy(&file);
+  return ok && entries > 0;
+}
+
 // Step 2.
 Flag remove_previous(InstallState *state) {
   SetStatusText("Odstranění předchozí instalace ...");
@@ -275,10 +402,10 @@ Flag remove_previous(InstallState *state) {
   Flag found = 0;
   if (reg_get_string(REG_ROOT_LOCAL_MACHINE, REGISTRY_KEY, REGISTRY_WCO_VALUE, configuration,
                      KX_PATH) &&
-      configuration[0] && file_exists(configuration))
+      configuration[0] && file_exists(configuration) && configuration_readable(configuration))
     found = 1;
   if (!found && join(configuration, state->target_path, "EXE", "\\", "SYSTEM.WCO") &&
-      file_exists(configuration))
+      file_exists(configuration) && configuration_readable(configuration))
     found = 1;
   if (found && QuestionBox("Pro novou instalaci může být převzata systémová konfigurace\n"
                            "z předchozí instalace KORVEX. Má se převzít systémová\n"
@@ -345,14 +472,27 @@ Flag check_target(InstallState *state) {
   return 1;
 }
 
+// After a failed copy or unpacking (its boxes shown): the part of path that was written (a full
+// disk) stays, as the copy leaves it, and is recorded so that the uninstaller knows it. Its
+// record goes into the room held ahead, which is not taken anew: the disk may have none left.
+// Nothing is recorded when nothing was made.
+void record_partial(const char *path) {
+  if (!file_exists(path)) return;
+  Flag ahead = install_list_ahead;
+  install_list_ahead = 0;
+  record_now(UNINST_FILE, path);
+  install_list_ahead = ahead;
+}
+
 // Copies source to target with its status text, and records the target. 0 after the message.
 Flag copy_and_record(const char *source, const char *target) {
   SetStatusTextF(TEXT_COPYING, source, target);
   if (!CopyFile(source, target)) {
     ErrorBoxF(TEXT_COPY_FAILED, source);
+    record_partial(target);
     return 0;
   }
-  RecordInstalledFile(target, nullptr, nullptr);
+  record_now(UNINST_FILE, target);
   return 1;
 }
 
@@ -547,9 +687,10 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
   if (!DecompressFile(&zip, packed_copy, unpacked)) {
     ErrorBox(ZipErrorText(GetError(&zip)));
+    record_partial(unpacked);
     return -1;
   }
-  RecordInstalledFile(unpacked, nullptr, nullptr);
+  record_now(UNINST_FILE, unpacked);
   SetStatusText("");
   if (CheckAbort()) return 0;
   file_delete(packed_copy);
@@ -561,11 +702,12 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
     if (!plat_move_file(unpacked, installed)) {
       if (!CopyFile(unpacked, installed)) {
         ErrorBoxF(TEXT_COPY_FAILED, unpacked);
+        record_partial(installed);
         return 0;
       }
       file_delete(unpacked);
     }
-    RecordInstalledFile(installed, nullptr, nullptr);
+    record_now(UNINST_FILE, installed);
   }
   return 1;
 }
@@ -708,7 +850,7 @@ void inst_destroy_state(InstallState **state) {
 }
 
 void inst_close_lists(InstallState *state) {
-  if (uninstall_list) file_destroy(&uninstall_list);
+  close_uninstall_list();
   if (install_list) file_destroy(&install_list);
   close_list(state);
 }
@@ -727,14 +869,7 @@ Flag RecordInstalledFile(const char *path, const char *part2, const char *part3)
     return 1;
   }
   char whole[KX_PATH];
-  copy_cut(whole, sizeof whole, path);
-  const char *parts[2] = {part2, part3};
-  for (const char *part : parts) {
-    if (!part || !part[0]) continue;
-    size_t n = strlen(whole);
-    if (n == 0 || whole[n - 1] != '\\') append_cut(whole, sizeof whole, "\\");
-    append_cut(whole, sizeof whole, part);
-  }
+  record_path(whole, path, part2, part3);
   return record(UNINST_FILE, whole);
 }
 
@@ -801,11 +936,17 @@ Flag InstallProcedure(InstallState *state) {
       !file_open(install_list, FILE_WRITE_TEXT)) {
     if (install_list) file_destroy(&install_list);
     ErrorBoxF(TEXT_CANNOT_OPEN, INSTALL_LIST_NAME);
+  } else if (uninstall_list) {
+    char path[KX_PATH];
+    record_path(path, state->target_path, INSTALL_LIST_NAME, nullptr);
+    install_list_ahead = encode_record(UNINST_FILE, path, install_list_record);
+    if (install_list_ahead) put_record(nullptr);
   }
 
   Flag transferred = transfer_files(state);            // 11
 
   if (install_list) file_destroy(&install_list);        // 12
+  install_list_ahead = 0;                               // its place is written now
   RecordInstalledFile(state->target_path, INSTALL_LIST_NAME, nullptr);
   inst_clear_lines();
 

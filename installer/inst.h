@@ -85,6 +85,13 @@ Flag RecordMachineKey(const char *key);    // key under HKEY_LOCAL_MACHINE
 // Append one UNINST.LST record of kind 0, 1, 2, 3; the path is the concatenation of the given
 // parts (null parts are empty). Do nothing while UNINST.LST is not open. Always 1; a null first
 // argument is an internal error.
+// Each record is in the file when the call returns (the list's stream is flushed after it);
+// one that the disk can't take has shown "Do souboru UNINST.LST nelze zapisovat (plný
+// disk?)" and is written over by the next. A run writes after the whole records of an existing
+// list (a torn tail is written over, and cut off when the list is closed). The transfer
+// records a file once it is made, and after a failed copy or unpacking the part that a full
+// disk left; while INST.LST is open the list holds room for three records beyond its end, so
+// that these records and INST.LST's after the transfer need no new room on a full disk.
 
 void inst_show_lines(const char *line18, const char *line19, const char *line20);
 void inst_clear_lines(void);

@@ -259,6 +259,12 @@ Flag plat_move_file(const char *from, const char *to) {
   return rename(a, b) == 0 ? 1 : 0;
 }
 
+Flag plat_truncate_file(const char *path, int32_t size) {
+  char native[NATIVE_PATH];
+  if (!path || size < 0 || !inst_host_native_path(path, native, sizeof native)) return 0;
+  return truncate(native, size) == 0 ? 1 : 0;
+}
+
 Flag plat_directory_exists(const char *path) {
   char native[NATIVE_PATH];
   if (!path || !native_directory(path, native, sizeof native)) return 0;

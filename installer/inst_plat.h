@@ -22,6 +22,9 @@ Flag plat_current_directory(char *buffer, int32_t size);
 // empty buffer when it does not fit into size bytes; 0 for a null buffer or a size below 1.
 Flag plat_move_file(const char *from, const char *to);
 // MoveFileA: 1 when moved; 0 when from is missing or to exists already (nothing is replaced).
+Flag plat_truncate_file(const char *path, int32_t size);
+// Cuts the file at path to size bytes (0 <= size <= its length); 1 on success, 0 when the file
+// can't be opened for writing or cut.
 Flag plat_directory_exists(const char *path);
 // 1 when path (with or without a trailing "\") names a directory; 0 otherwise.
 Flag plat_run_and_wait(const char *program, const char *argument, const char *directory,

@@ -95,6 +95,17 @@ Flag plat_move_file(const char *from, const char *to) {
   return from && to && MoveFileA(from, to) ? 1 : 0;
 }
 
+Flag plat_truncate_file(const char *path, int32_t size) {
+  if (!path || size < 0) return 0;
+  HANDLE file = CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, NULL);
+  if (file == INVALID_HANDLE_VALUE) return 0;
+  Flag ok = SetFilePointer(file, size, NULL, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+            SetEndOfFile(file);
+  CloseHandle(file);
+  return ok;
+}
+
 Flag plat_directory_exists(const char *path) {
   if (!path) return 0;
   DWORD attributes = GetFileAttributesA(path);

@@ -13,6 +13,8 @@
 
 #ifndef KX_WIN32
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <sys/stat.h>
 
@@ -32,6 +34,20 @@ extern "C" FILE *fopen(const char *path, const char *mode) {
   static auto real = (FILE * (*)(const char *, const char *)) dlsym(RTLD_NEXT, "fopen");
   char buffer[3 * KX_PATH];
   return real(mapped(path, buffer, sizeof buffer), mode);
+}
+
+// The file layer creates a new file with open(O_CREAT | O_EXCL) before it falls back to fopen.
+extern "C" int open(const char *path, int flags, ...) {
+  static auto real = (int (*)(const char *, int, ...))dlsym(RTLD_NEXT, "open");
+  mode_t mode = 0;
+  if (flags & O_CREAT) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode = (mode_t)va_arg(arguments, int);
+    va_end(arguments);
+  }
+  char buffer[3 * KX_PATH];
+  return real(mapped(path, buffer, sizeof buffer), flags, mode);
 }
 
 extern "C" int remove(const char *path) noexcept {

@@ -155,6 +155,85 @@ TEST_F(InstallTest, EarlierConfigurationIsOffered) {
 #endif
 }
 
+// An earlier SYSTEM.WCO that the store can't read cleanly is not offered (the store would
+// report each stray line as an internal error and keep the defaults): the install writes its
+// own paths, with no box. One that reads cleanly is offered and taken over, also with lines of
+// any length.
+TEST_F(InstallTest, UnreadableEarlierConfigurationIsNotOffered) {
+#ifdef KX_WIN32
+  GTEST_SKIP() << "needs an uninstaller program that ends with a chosen code";
+#else
+  const std::string config_question =
+      "Pro novou instalaci může být převzata systémová konfigurace\n"
+      "z předchozí instalace KORVEX. Má se převzít systémová\n"
+      "konfigurace z předchozí instalace?";
+  const std::string taken = "BEGIN[CO_schematic]\nschema_default_library_path=D:\\OLD\\\nEND[CO_schematic]\n";
+  std::string binary;
+  for (int i = 0; i < 3000; i++) binary += (char)((i * 37 + 11) % 251 + 1);  // no line break
+  const std::string k40(40, 'k'), n41(41, 'n');
+  // the earlier file's text, whether it is offered (and so taken over); other: the text of a
+  // file that the registry names first
+  struct { std::string text; bool offered; std::string other; } rows[] = {
+      /* 0 */ {binary, false, ""},
+      /* 1 */ {"BEGIN[CO_common]\nsystem_path=\\X\\\n\x01\x02=\x7f\n" + taken, false, ""},
+      /* 2 */ {"x=1\n" + taken, false, ""},
+      /* 3 */ {taken + "y=2\n", false, ""},
+      /* 4 */ {"BEGIN[]\nx=1\n" + taken, false, ""},
+      /* 5 */ {"BEGIN[   ]\n" + taken, false, ""},
+      /* 6 */ {"BEGIN[" + n41 + "]\nx=1\n" + taken, false, ""},
+      /* 7 */ {"BEGIN[CO_x]\n" + k40 + "k=1\nEND[CO_x]\n" + taken, false, ""},
+      /* 8 */ {"\r\n\r\n\r\n", false, ""},
+      /* 9 */ {"Konfiguracni soubor KORVEX\n\n", false, ""},
+      /* 10 */ {"BEGIN[CO_x]\n=1\nEND[CO_x]\n", false, ""},
+      /* 11 */ {taken, true, ""},
+      /* 12 */ {"BEGIN[" + std::string(40, 'n') + "]\n" + k40 + "=1\nEND[x]\n" + taken, true, ""},
+      /* 13 */ {"Konfiguracni soubor KORVEX\n\n" + std::string(100000, 'a') + "\n=1\n" + taken, true, ""},
+      /* 14 */ {"BEGIN[CO_x]\n\tkey\t=\tvalue\t\n  END[CO_x]  \n" + taken, true, ""},
+      /* 15 */ {taken, true, binary},
+      /* 16 */ {binary, false, "x=1\n"},
+  };
+  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+    SCOPED_TRACE("row " + std::to_string(i));
+    fs::current_path(scratch_.path());
+    reg_test_reset();
+    asked.clear();
+    boxes_.clear();
+    config_taken_over = 0;
+    clear_target();
+    write_medium(one_file());
+    write_local(local(target_ + "EXE\\SYSTEM.WCO"), rows[i].text);
+    fs::remove_all(local("C:\\OTHER\\"));
+    if (!rows[i].other.empty()) {
+      fs::create_directories(local("C:\\OTHER\\"));
+      write_local(local("C:\\OTHER\\SYSTEM.WCO"), rows[i].other);
+      reg_set_string(REG_ROOT_LOCAL_MACHINE, "Software\\KORV\\KORVEX\\5", "system_wco_path",
+                     "C:\\OTHER\\SYSTEM.WCO");
+    }
+    write_local(local(target_ + "UNINST.LST"), std::string(ILST_UNINSTALL_SIZE, 'U'));
+    std::string script = "#!/bin/sh\nrm -f \"" + local(target_ + "UNINST.LST") + "\"\nexit 0\n";
+    write_local(local(target_ + "EXE\\UNINSTAL.EXE"), script);
+    fs::permissions(local(target_ + "EXE\\UNINSTAL.EXE"), fs::perms::owner_all);
+    answers = {{config_question, {WE_ANSWER_YES}}};
+    Flag ok = run();
+    inst_close_lists(state_);
+    ASSERT_EQ(ok, 1) << dump_asked();
+    EXPECT_EQ(asked_count(config_question), rows[i].offered ? 1 : 0) << dump_asked();
+    EXPECT_EQ(config_taken_over, rows[i].offered ? 1 : 0);
+    for (const kxtest::Box &b : boxes_.boxes())
+      EXPECT_EQ(b.title.find("Interní chyba"), std::string::npos) << b.title << ": " << b.text;
+    ConfigStore *store = nullptr;
+    ASSERT_TRUE(wco::create(&store));
+    ASSERT_TRUE(wco::load(store, (target_ + "EXE\\SYSTEM.WCO").c_str()));
+    char value[KX_PATH] = "";
+    wco::get_text(store, "CO_schematic", "schema_default_library_path", value, sizeof value);
+    EXPECT_EQ(std::string(value), rows[i].offered ? std::string("D:\\OLD\\") : target_ + "SLIB\\");
+    wco::get_text(store, "CO_common", "system_path", value, sizeof value);
+    EXPECT_STREQ(value, "\\KORV5\\");
+    wco::destroy(&store);
+  }
+#endif
+}
+
 TEST_F(InstallTest, LongPathsAreRefusedNotOverrun) {
 #ifdef KX_WIN32
   GTEST_SKIP() << "paths over 260 characters need the native build";

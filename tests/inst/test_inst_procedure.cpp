@@ -183,6 +183,13 @@ TEST_F(InstallTest, DamagedPackedFileIsReportedAndSkipped) {
   EXPECT_EQ(boxes_.boxes()[0].text, "Komprese/dekomprese dat - chyba ve vstupních datech");
   EXPECT_TRUE(install_lines().empty());
   EXPECT_TRUE(kxtest::exists(local(target_ + "A.TX_")));
+  // The packed copy is recorded, the file that was never made is not.
+  int copies = 0, unpacked = 0;
+  for (const auto &r : uninstall_records()) {
+    copies += r.second == target_ + "A.TX_";
+    unpacked += r.second == target_ + "A.TXT";
+  }
+  EXPECT_TRUE(copies == 1 && unpacked == 0) << dump_records();
 }
 
 TEST_F(InstallTest, WrongDiskNumberAsksAgain) {
