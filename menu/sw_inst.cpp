@@ -238,7 +238,10 @@ static void set_item_text(InstallerDialog *d, int32_t id, const char *text) {
   if (!text) text = "";
   if (progress_item(id) && shows_text(w, text)) return;
   dialog_window_set_text(w, text);
-  UpdateWindow(w);  // the install runs long between pumps: show it now
+  // A status text announces the step that follows, which may run long before the next pump:
+  // show it now. Cleared lines and the progress lines are painted at that pump (each repaint
+  // is a round trip to the window system per line and file).
+  if (id == SW_INST_STATUS && text[0]) UpdateWindow(w);
 }
 
 static void enable_item(InstallerDialog *d, int32_t id, Flag on) {
