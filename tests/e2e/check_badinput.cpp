@@ -28,20 +28,6 @@ Expect cut_setting() {
   return e;
 }
 
-std::string payload_of(const ListRecord &r) {
-  return env("KX_E2E_PAYLOAD") + (r.dir == "." ? std::string() : r.dir + "\\") + r.name;
-}
-
-// UNINST.LST's records equal want; the failure lists both from the first difference on.
-void expect_records(const std::vector<UninstRecord> &seen, const std::vector<UninstRecord> &want) {
-  size_t i = 0;
-  while (i < seen.size() && i < want.size() && seen[i] == want[i]) i++;
-  if (i == seen.size() && i == want.size()) return;
-  std::vector<UninstRecord> s(seen.begin() + (long)i, seen.end()), w(want.begin() + (long)i, want.end());
-  ADD_FAILURE() << "UNINST.LST differs from record " << i << " on (" << seen.size() << " records, " << want.size()
-                << " expected)\nexpected from there:\n" << shown(w) << "seen from there:\n" << shown(s);
-}
-
 void expect_records(const std::string &list, const std::vector<UninstRecord> &want) {
   std::string why;
   std::vector<UninstRecord> seen = read_uninst(list, &why);

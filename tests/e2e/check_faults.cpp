@@ -56,10 +56,6 @@ std::vector<UninstRecord> records_of(const std::string &path) {
   return v;
 }
 
-std::string payload_of(const ListRecord &r) {
-  return env("KX_E2E_PAYLOAD") + (r.dir == "." ? std::string() : r.dir + "\\") + r.name;
-}
-
 }  // namespace
 
 // UNINST.LST: the steps before the transfer, the files before the stop, the records written

@@ -26,22 +26,6 @@ Expect setting() {
 
 std::string program_dir(const Expect &e) { return e.target + "EXE\\"; }
 
-// The payload file that a record installs.
-std::string payload_of(const ListRecord &r) {
-  return env("KX_E2E_PAYLOAD") + (r.dir == "." ? std::string() : r.dir + "\\") + r.name;
-}
-
-// UNINST.LST equals want record for record; the failure shows both lists from the first
-// difference on.
-void expect_records(const std::vector<UninstRecord> &seen, const std::vector<UninstRecord> &want) {
-  size_t i = 0;
-  while (i < seen.size() && i < want.size() && seen[i] == want[i]) i++;
-  if (i == seen.size() && i == want.size()) return;
-  std::vector<UninstRecord> s(seen.begin() + (long)i, seen.end()), w(want.begin() + (long)i, want.end());
-  ADD_FAILURE() << "UNINST.LST differs from record " << i << " on (" << seen.size() << " records, "
-                << want.size() << " expected)\nexpected from there:\n" << shown(w) << "seen from there:\n" << shown(s);
-}
-
 std::vector<UninstRecord> uninst(const Expect &e) {
   std::string why;
   std::vector<UninstRecord> v = read_uninst(e.target + "UNINST.LST", &why);

@@ -1,6 +1,7 @@
 // check_lib.cpp - reading back what an install left (see check_lib.h).
 #include "check_lib.h"
 
+#include <gtest/gtest.h>
 #include <objbase.h>
 #include <shlobj.h>
 #include <shobjidl.h>
@@ -388,6 +389,19 @@ std::vector<std::string> tree(const std::string &dir) {
   std::vector<std::string> out;
   walk(dir, std::string(), &out);
   return out;
+}
+
+std::string payload_of(const ListRecord &r) {
+  return env("KX_E2E_PAYLOAD") + (r.dir == "." ? std::string() : r.dir + "\\") + r.name;
+}
+
+void expect_records(const std::vector<UninstRecord> &seen, const std::vector<UninstRecord> &want) {
+  size_t i = 0;
+  while (i < seen.size() && i < want.size() && seen[i] == want[i]) i++;
+  if (i == seen.size() && i == want.size()) return;
+  std::vector<UninstRecord> s(seen.begin() + (long)i, seen.end()), w(want.begin() + (long)i, want.end());
+  ADD_FAILURE() << "UNINST.LST differs from record " << i << " on (" << seen.size() << " records, "
+                << want.size() << " expected)\nexpected from there:\n" << shown(w) << "seen from there:\n" << shown(s);
 }
 
 }  // namespace e2e

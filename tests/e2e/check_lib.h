@@ -59,6 +59,12 @@ std::string shown(const std::vector<UninstRecord> &records);
 std::string installed_path(const std::string &target, const ListRecord &r);
 bool is_alternative(const std::string &name);  // KVWPRN.EXE, KVWPP.EXE, KVWALL.EXE, KVWALLR.EXE
 
+// The payload file that a record installs: KX_E2E_PAYLOAD + (dir + "\" unless ".") + name.
+std::string payload_of(const ListRecord &r);
+// UNINST.LST's records equal want record for record; the failure shows both lists from the
+// first difference on.
+void expect_records(const std::vector<UninstRecord> &seen, const std::vector<UninstRecord> &want);
+
 // The shell folders that the shortcuts go to.
 std::string shell_folder(HKEY root, const char *value);
 std::string start_menu_group();            // HKLM Common Programs + "\KORVEX"
