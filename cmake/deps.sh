@@ -1,14 +1,17 @@
 #!/usr/bin/env bash
 # Installs what the build and the test bench need on a Debian 12 machine: the MinGW-w64 cross
 # compiler, zlib for it, Wine with its 32-bit half, an X server for the GUI tests, NSIS for the
-# benchmark, clang for the fuzzers, and the Czech locale Wine takes code page 1250 from.
+# benchmark, clang for the fuzzers, the Czech locale Wine takes code page 1250 from, and the
+# release tools of the medium builder and the resource checks (code signing, CD and floppy
+# images, a PE reader, icon rendering).
 # Idempotent: a machine that has everything is left as it is. Must run as root (or with sudo).
 set -u
 
 need_pkgs=(cmake make g++ gcc python3 xauth xvfb x11-utils imagemagick nsis zlib1g-dev
            g++-mingw-w64-i686 gcc-mingw-w64-i686 libz-mingw-w64-dev
            wine wine64 wine32:i386 libgstreamer-plugins-base1.0-0:i386
-           clang-14 libclang-rt-14-dev locales)
+           clang-14 libclang-rt-14-dev locales
+           osslsigncode openssl xorriso mtools dosfstools python3-pefile icoutils librsvg2-bin)
 
 SUDO=""
 if [ "$(id -u)" != 0 ]; then SUDO="sudo"; fi
