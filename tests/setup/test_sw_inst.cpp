@@ -2,13 +2,15 @@
 // through the fields (an empty text, a buffer without a terminator, a browsed folder at the
 // limit of 1023 characters, null arguments), and in-process under Wine its layout: every item
 // inside the dialog, no two overlapping, every text it can show fitting its item, the whole
-// window within 800 x 600. Its texts, states and focus at opening are the robot's to check.
+// window within 800 x 600 at 96 DPI (as much larger as the display's DPI is). Its texts,
+// states and focus at opening are the robot's to check.
 #include "menu/sw_inst.h"
 #include "installer/inst.h"
 #include "swin/wgd.h"
 #include "tests/support/kxtest.h"
 #include "tests/toolkit/tk_watch.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 namespace {
@@ -62,9 +64,18 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
   ASSERT_EQ(1, sw_inst_open(dialog));
   HWND w = (HWND)dialog->window;
   RECT outer, client, r, common;
+  // The display's DPI (tests/res/dpi_run.cmake sets it and names it in KX_EXPECT_DPI): the
+  // dialog's font, and with it every item, follows it.
+  HDC screen = GetDC(nullptr);
+  int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  if (getenv("KX_EXPECT_DPI")) EXPECT_EQ(atoi(getenv("KX_EXPECT_DPI")), dpi) << "display DPI";
+  LOGFONTW font;
+  GetObjectW((HFONT)SendMessageW(w, WM_GETFONT, 0, 0), sizeof font, &font);
+  EXPECT_EQ(-MulDiv(8, dpi, 72), font.lfHeight) << "dialog font height at " << dpi << " DPI";
   GetWindowRect(w, &outer);
-  EXPECT_LE(outer.right - outer.left, 800) << "window width";
-  EXPECT_LE(outer.bottom - outer.top, 600) << "window height";
+  EXPECT_LE(outer.right - outer.left, 800 * dpi / 96) << "window width";
+  EXPECT_LE(outer.bottom - outer.top, 600 * dpi / 96) << "window height";
   GetClientRect(w, &client);
   MapWindowPoints(w, nullptr, (POINT *)&client, 2);
   std::vector<std::pair<int, RECT>> seen;
