@@ -3,6 +3,8 @@
 
   gen_payload.py payload DIR   the install payload: about 400 files, about 150 MB, in a few
                                subdirectories (names of at most 16 characters, one level)
+  gen_payload.py library DIR   a library-heavy payload: 2,000 files of 1 to 64 KB (log-uniform),
+                               mostly text-like, some tables and some random, in 8 subdirectories
   gen_payload.py unpack DIR    the unpack microbenchmark's inputs: for each compression ratio
                                1.5, 4, 10 and 100 a plain file of 16 MiB packed as one zlib
                                stream at level 6 (rN.z), and UNPACK.TXT listing
@@ -128,6 +130,24 @@ def payload(root):
     print(f"gen_payload: {len(files)} files, {total} bytes in {root}")
 
 
+def library(root):
+    rng = random.Random(SEED + 3)
+    total = 0
+    for i in range(2000):
+        size = int(1024 * (64 ** rng.random()))
+        sub = ("ELIB", "SLIB", "LLIB", "MLIB", "SYM", "FOOT", "DOC", "DATA")[i % 8]
+        pick = rng.random()
+        if pick < 0.7:
+            data, ext = text_bytes(rng, size), "LIB"
+        elif pick < 0.9:
+            data, ext = records_bytes(rng, size), "TBL"
+        else:
+            data, ext = rng.randbytes(size), "BIN"
+        write(os.path.join(root, sub, f"K{i:05d}.{ext}"), data)
+        total += len(data)
+    print(f"gen_payload: 2000 files, {total} bytes in {root}")
+
+
 # Per ratio: the maker of the data from one knob, and the knob's range (the ratio grows with it).
 UNPACK = (
     (1.5, lambda rng, n, k: copy_model_bytes(rng, n, 1 - k, 12), 0.0, 1.0),
@@ -165,10 +185,11 @@ def unpack(root):
 
 
 def main():
-    if len(sys.argv) != 3 or sys.argv[1] not in ("payload", "unpack"):
-        sys.stderr.write("usage: gen_payload.py payload|unpack DIR\n")
+    makers = {"payload": payload, "library": library, "unpack": unpack}
+    if len(sys.argv) != 3 or sys.argv[1] not in makers:
+        sys.stderr.write("usage: gen_payload.py payload|library|unpack DIR\n")
         return 2
-    (payload if sys.argv[1] == "payload" else unpack)(sys.argv[2])
+    makers[sys.argv[1]](sys.argv[2])
     return 0
 
 

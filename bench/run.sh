@@ -2,25 +2,29 @@
 # run.sh [RUNS] - the performance benchmark in one command (README, "Performance").
 #
 # Builds what it needs (Windows programs in build/bench-win, a native mkmedium in
-# build/bench-host), generates the bench payload and medium (bench/gen_payload.py, fixed seed;
-# packed at level 6, flat), makes the NSIS installer of the same payload (makensis, zlib,
-# non-solid), and in a Wine prefix of its own (build/bench-out/wine) measures, RUNS rounds
-# (at least 5, the default) with the order rotated every round:
+# build/bench-host) and generates two payloads (bench/gen_payload.py, fixed seeds): "bench",
+# about 400 files of 2 KB to 26 MB (161 MB), and "library", 2,000 files of 1 to 64 KB (30 MB).
+# Each is packed at level 6 into a flat medium and made into an NSIS installer (makensis, zlib,
+# non-solid, the same side work). In a Wine prefix of its own (build/bench-out/wine) it measures
+# RUNS rounds (5 by default; `run.sh 3` is the quick mode, well under ten minutes), the order
+# rotated every round, on both payloads:
 #   setup   SETUP.EXE from the medium, driven by the robot (bench/install.kxr): Start click to
 #           the success status; also its start-up to the dialog and its peak memory
+#   silent  SETUP.EXE /VERYSILENT /DIR=... from the medium, the whole process (only when the
+#           program knows the switch; otherwise its rows read n/a)
 #   nsis    the NSIS installer run silently (/S /D=...), the whole process
 #   floor   bench/floor.cpp: read, one-call uncompress, write, per file; the whole process
 # each into a fresh directory under C:\BENCH, checked against the payload and removed. Then
 # the unpack microbenchmark (bench/unpack_bench.cpp) and the size and imports of SETUP.EXE.
-# Prints the figures as medians and ratios, with the machine, and keeps them in
-# build/bench-out/results.txt.
+# Prints medians, ratios and the per-file cost of each road ((median - floor median) / files),
+# the machine and the load average before and after; keeps them in build/bench-out/results.txt.
 #
 # Environment: KX_BENCH_WIN, KX_BENCH_HOST, KX_BENCH_OUT override the three directories;
 # KX_KEEP_PREFIX=1 reuses the Wine prefix of an earlier run.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 runs=${1:-5}
-[ "$runs" -ge 5 ] 2>/dev/null || runs=5
+[ "$runs" -ge 1 ] 2>/dev/null || runs=5
 win=${KX_BENCH_WIN:-$root/build/bench-win}
 host=${KX_BENCH_HOST:-$root/build/bench-host}
 out=${KX_BENCH_OUT:-$root/build/bench-out}
@@ -47,29 +51,34 @@ fi
 cmake --build "$host" -j2 --target mkmedium >>"$log" 2>&1
 
 # ---- Data (regenerated when the generator changes)
+payloads=(bench library)
 stamp=$(sha256sum "$root/bench/gen_payload.py" | cut -c1-16)
 if [ "$(cat "$out/data.stamp" 2>/dev/null)" != "$stamp" ]; then
-  say "generating the payload and the unpack inputs"
-  rm -rf "$out/payload" "$out/unpack"
-  python3 "$root/bench/gen_payload.py" payload "$out/payload" >&2
+  say "generating the payloads and the unpack inputs"
+  rm -rf "$out/payload" "$out/payload-bench" "$out/payload-library" "$out/unpack"
+  python3 "$root/bench/gen_payload.py" payload "$out/payload-bench" >&2
+  python3 "$root/bench/gen_payload.py" library "$out/payload-library" >&2
   python3 "$root/bench/gen_payload.py" unpack "$out/unpack" >&2
   echo "$stamp" >"$out/data.stamp"
 fi
-# The suite's programs go with it: the installer runs the installed main program at its end.
-mkdir -p "$out/payload/EXE"
-cp "$win/tools/KORV5.exe" "$out/payload/EXE/KORV5.EXE"
-cp "$win/tools/CONFIG.exe" "$out/payload/EXE/CONFIG.EXE"
-cp "$win/tools/UNINSTAL.exe" "$out/payload/EXE/UNINSTAL.EXE"
-rm -rf "$out/medium"
-"$host/tools/mkmedium" --flat --packed --level 6 --cluster 1 --title "KORVEX bench" \
-  ${setup_exe:+--setup "$setup_exe"} "$out/payload" "$out/medium" >&2
-
-# ---- The NSIS installer of the same payload
+rm -rf "$out/medium"  # the layout of earlier runs
 mkdir -p "$out/nsis"
-cat >"$out/nsis/bench.nsi" <<EOF
-; The peer: the bench payload as an NSIS 3 installer (zlib, non-solid), run with /S /D=...
+for p in "${payloads[@]}"; do
+  # The suite's programs go with it: the installer runs the installed main program at its end.
+  mkdir -p "$out/payload-$p/EXE"
+  cp "$win/tools/KORV5.exe" "$out/payload-$p/EXE/KORV5.EXE"
+  cp "$win/tools/CONFIG.exe" "$out/payload-$p/EXE/CONFIG.EXE"
+  cp "$win/tools/UNINSTAL.exe" "$out/payload-$p/EXE/UNINSTAL.EXE"
+  find "$out/payload-$p" -type f | wc -l >"$out/files-$p.txt"
+  rm -rf "$out/medium-$p"
+  "$host/tools/mkmedium" --flat --packed --level 6 --cluster 1 --title "KORVEX bench" \
+    ${setup_exe:+--setup "$setup_exe"} "$out/payload-$p" "$out/medium-$p" >&2
+
+  # The NSIS installer of the same payload, with the same side work as SETUP: shortcuts,
+  # registry entries, the main program run once.
+  cat >"$out/nsis/$p.nsi" <<EOF
 Name "KORVEX bench"
-OutFile "$out/nsis/bench-nsis.exe"
+OutFile "$out/nsis/$p-nsis.exe"
 SetCompressor zlib
 InstallDir "C:\\BENCH\\NSIS"
 RequestExecutionLevel user
@@ -77,8 +86,7 @@ ShowInstDetails nevershow
 AutoCloseWindow true
 Section
   SetOutPath "\$INSTDIR"
-  File /r "$out/payload/*"
-  ; The same side work as SETUP: shortcuts, registry entries, the main program run once.
+  File /r "$out/payload-$p/*"
   CreateDirectory "\$SMPROGRAMS\KORVEX bench"
   CreateShortCut "\$SMPROGRAMS\KORVEX bench\KORV5.lnk" "\$INSTDIR\EXE\KORV5.EXE"
   CreateShortCut "\$SMPROGRAMS\KORVEX bench\CONFIG.lnk" "\$INSTDIR\EXE\CONFIG.EXE"
@@ -91,7 +99,16 @@ Section
   ExecWait '"\$INSTDIR\EXE\KORV5.EXE" \$\$f'
 SectionEnd
 EOF
-makensis -V1 "$out/nsis/bench.nsi" >&2
+  makensis -V1 "$out/nsis/$p.nsi" >&2
+done
+
+# SETUP /VERYSILENT is measured when the program knows the switch (its text, ASCII or UTF-16).
+silent=""
+if [ -n "$setup_exe" ] && { grep -qai verysilent "$setup_exe" ||
+  LC_ALL=C grep -qaiP 'V\x00E\x00R\x00Y\x00S\x00I\x00L\x00E\x00N\x00T' "$setup_exe"; }; then
+  silent=yes
+fi
+[ -n "$silent" ] || say "SETUP.EXE does not know /VERYSILENT: its rows read n/a"
 
 # ---- Wine
 # shellcheck source=/dev/null
@@ -107,7 +124,7 @@ trap wine_env_stop EXIT
 export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winemenubuilder.exe=d"
 drive_c=$WINEPREFIX/drive_c
 machine="$(lscpu | sed -n 's/^Model name: *//p' | head -1), $(nproc) cores, \
-$(free -g | awk '/^Mem:/{print $2}') GB RAM, Linux $(uname -r), $(wine --version), $(date -u +%Y-%m-%d)"
+$(free -g | awk '/^Mem:/{print $2}') GB RAM, Linux $(uname -r), $(wine --version), $(date -u "+%Y-%m-%d %H:%M") UTC"
 echo "$machine" >"$out/machine.txt"
 # The load of the machine (other people's builds and tests) before and after the rounds.
 load_now() { cut -d' ' -f1-3 /proc/loadavg; }
@@ -128,8 +145,8 @@ say "unpack microbenchmark"
   >"$out/unpack.txt" 2>&1 || say "unpack_bench failed (see $out/unpack.txt)"
 
 # ---- Install rounds
-check_target() {  # the payload's every file, the same bytes
-  python3 - "$out/payload" "$1" <<'EOF'
+check_target() {  # PAYLOAD DIR: the payload's every file, the same bytes
+  python3 - "$1" "$2" <<'EOF'
 import filecmp, os, sys
 src, dst = sys.argv[1], sys.argv[2]
 bad = 0
@@ -143,58 +160,83 @@ sys.exit(1 if bad else 0)
 EOF
 }
 now_ms() { echo $(($(date +%s%N) / 1000000)); }
+
+# One round of one road on one payload: a line "PAYLOAD KIND ROUND MS ok|DIFFERS [k=v ...]"
+# in runs.txt, or "PAYLOAD KIND ROUND - FAILED".
+measure() {
+  local p=$1 kind=$2 r=$3
+  local name=$kind$r$p dir=$drive_c/BENCH/$kind$r$p medium=$out/medium-$p payload=$out/payload-$p
+  local t0 t1 ok
+  rm -rf "$dir"
+  case $kind in
+    setup)
+      local flag=$out/start.flag watch ms up
+      touch "$flag"
+      python3 "$root/bench/memwatch.py" SETUP.EXE "$out/mem-setup-$p-$r.txt" "$flag" &
+      watch=$!
+      if wine "$win/tools/kxrobot.exe" --timeout 600 "$(winpath "$root/bench/install.kxr")" \
+        "SETUP=$(winpath "$medium/SETUP.EXE")" "SOURCE=$(winpath "$medium")\\" \
+        "TARGET=C:\\BENCH\\$name\\" "FLAG=$(winpath "$flag")" >"$out/robot-$p-$r.txt" 2>&1 </dev/null; then
+        wait "$watch" || true
+        ms=$(sed -n 's/^robot: elapsed install \([0-9]*\) ms.*/\1/p' "$out/robot-$p-$r.txt" | tr -d '\r')
+        up=$(sed -n 's/^robot: elapsed startup \([0-9]*\) ms.*/\1/p' "$out/robot-$p-$r.txt" | tr -d '\r')
+        check_target "$payload" "$dir" && ok=ok || ok=DIFFERS
+        echo "$p setup $r $ms $ok startup=$up $(cat "$out/mem-setup-$p-$r.txt")" >>"$out/runs.txt"
+      else
+        wait "$watch" || true
+        say "round $r: the robot failed (see $out/robot-$p-$r.txt)"
+        echo "$p setup $r - FAILED" >>"$out/runs.txt"
+      fi
+      ;;
+    silent)
+      local watch rc=0
+      python3 "$root/bench/memwatch.py" SETUP.EXE "$out/mem-silent-$p-$r.txt" &
+      watch=$!
+      t0=$(now_ms)
+      wine "$medium/SETUP.EXE" /VERYSILENT "/DIR=C:\\BENCH\\$name\\" \
+        "/LOG=$(winpath "$out/silent-$p-$r.log")" </dev/null >/dev/null 2>&1 || rc=$?
+      t1=$(now_ms)
+      wait "$watch" || true
+      check_target "$payload" "$dir" && ok=ok || ok=DIFFERS
+      [ $rc = 0 ] || ok="$ok,exit=$rc"
+      echo "$p silent $r $((t1 - t0)) $ok $(cat "$out/mem-silent-$p-$r.txt")" >>"$out/runs.txt"
+      ;;
+    nsis)
+      local watch
+      python3 "$root/bench/memwatch.py" "$p-nsis.exe" "$out/mem-nsis-$p-$r.txt" &
+      watch=$!
+      t0=$(now_ms)
+      wine "$out/nsis/$p-nsis.exe" /S "/D=C:\\BENCH\\$name" </dev/null >/dev/null 2>&1 || true
+      t1=$(now_ms)
+      wait "$watch" || true
+      check_target "$payload" "$dir" && ok=ok || ok=DIFFERS
+      echo "$p nsis $r $((t1 - t0)) $ok $(cat "$out/mem-nsis-$p-$r.txt")" >>"$out/runs.txt"
+      ;;
+    floor)
+      local inner
+      t0=$(now_ms)
+      inner=$(wine "$win/bench/floor.exe" "$(winpath "$medium")" "C:\\BENCH\\$name" </dev/null 2>&1 |
+        tr -d '\r' | sed -n 's/^floor: .* \([0-9]*\) ms$/\1/p')
+      t1=$(now_ms)
+      check_target "$payload" "$dir" && ok=ok || ok=DIFFERS
+      echo "$p floor $r $((t1 - t0)) $ok inner=$inner" >>"$out/runs.txt"
+      ;;
+  esac
+  rm -rf "$dir"
+  say "round $r: $(tail -1 "$out/runs.txt")"
+}
+
 : >"$out/runs.txt"
-kinds=(setup nsis floor)
+kinds=(setup silent nsis floor)
+[ -n "$silent" ] || kinds=(setup nsis floor)
 [ -n "$setup_exe" ] || kinds=(nsis floor)
 mkdir -p "$drive_c/BENCH"
 for r in $(seq 1 "$runs"); do
   n=${#kinds[@]}
-  for k in $(seq 0 $((n - 1))); do
-    kind=${kinds[$(((k + r) % n))]}
-    dir=$drive_c/BENCH/$kind$r
-    rm -rf "$dir"
-    case $kind in
-      setup)
-        flag=$out/start.flag
-        touch "$flag"
-        python3 "$root/bench/memwatch.py" SETUP.EXE "$out/mem-setup-$r.txt" "$flag" &
-        watch=$!
-        if wine "$win/tools/kxrobot.exe" --timeout 600 "$(winpath "$root/bench/install.kxr")" \
-          "SETUP=$(winpath "$out/medium/SETUP.EXE")" "SOURCE=$(winpath "$out/medium")\\" \
-          "TARGET=C:\\BENCH\\$kind$r\\" "FLAG=$(winpath "$flag")" >"$out/robot-$r.txt" 2>&1 </dev/null; then
-          wait "$watch" || true
-          ms=$(sed -n 's/^robot: elapsed install \([0-9]*\) ms.*/\1/p' "$out/robot-$r.txt" | tr -d '\r')
-          up=$(sed -n 's/^robot: elapsed startup \([0-9]*\) ms.*/\1/p' "$out/robot-$r.txt" | tr -d '\r')
-          mem=$(cat "$out/mem-setup-$r.txt")
-          check_target "$dir" && ok=ok || ok=DIFFERS
-          echo "setup $r $ms $ok startup=$up $mem" >>"$out/runs.txt"
-        else
-          wait "$watch" || true
-          say "round $r: the robot failed (see $out/robot-$r.txt)"
-          echo "setup $r - FAILED" >>"$out/runs.txt"
-        fi
-        ;;
-      nsis)
-        python3 "$root/bench/memwatch.py" bench-nsis.exe "$out/mem-nsis-$r.txt" &
-        watch=$!
-        t0=$(now_ms)
-        wine "$out/nsis/bench-nsis.exe" /S "/D=C:\\BENCH\\$kind$r" </dev/null >/dev/null 2>&1 || true
-        t1=$(now_ms)
-        wait "$watch" || true
-        check_target "$dir" && ok=ok || ok=DIFFERS
-        echo "nsis $r $((t1 - t0)) $ok $(cat "$out/mem-nsis-$r.txt")" >>"$out/runs.txt"
-        ;;
-      floor)
-        t0=$(now_ms)
-        inner=$(wine "$win/bench/floor.exe" "$(winpath "$out/medium")" "C:\\BENCH\\$kind$r" </dev/null 2>&1 |
-          tr -d '\r' | sed -n 's/^floor: .* \([0-9]*\) ms$/\1/p')
-        t1=$(now_ms)
-        check_target "$dir" && ok=ok || ok=DIFFERS
-        echo "floor $r $((t1 - t0)) $ok inner=$inner" >>"$out/runs.txt"
-        ;;
-    esac
-    rm -rf "$dir"
-    say "round $r: $(tail -1 "$out/runs.txt")"
+  for p in "${payloads[@]}"; do
+    for k in $(seq 0 $((n - 1))); do
+      measure "$p" "${kinds[$(((k + r) % n))]}" "$r"
+    done
   done
 done
 
