@@ -406,6 +406,46 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target) {
   return write_inflated(zip, target, &inflated);
 }
 
+// ---- Measuring ---------------------------------------------------------------------------
+
+Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit, uint32_t *out_length) {
+  if (!zip || !out_length || (!data && length)) {
+    InternalError(MODULE, __LINE__);
+    return 0;
+  }
+  *out_length = 0;
+  if (length == 0) {
+    zip->last_error = Z_BUF_ERROR;
+    return 0;
+  }
+  unsigned char window[32768];
+  z_stream stream;
+  memset(&stream, 0, sizeof stream);
+  stream.next_in = (Bytef *)data;
+  stream.avail_in = length;
+  int code = inflateInit(&stream);
+  if (code != Z_OK) {
+    zip->last_error = (int16_t)code;
+    return 0;
+  }
+  uint64_t total = 0;
+  do {
+    stream.next_out = window;
+    stream.avail_out = sizeof window;
+    code = inflate(&stream, Z_NO_FLUSH);
+    total += sizeof window - stream.avail_out;
+    if (code == Z_OK && stream.avail_out != 0 && stream.avail_in == 0) code = Z_BUF_ERROR;   // cut short
+  } while (code == Z_OK && total <= limit);
+  inflateEnd(&stream);
+  if (code != Z_OK && code != Z_STREAM_END) {
+    zip->last_error = (int16_t)(code == Z_NEED_DICT ? Z_DATA_ERROR : code);
+    return 0;
+  }
+  zip->last_error = 0;
+  *out_length = total > limit ? (limit == 0xFFFFFFFFu ? limit : limit + 1) : (uint32_t)total;
+  return 1;
+}
+
 // ---- Messages ----------------------------------------------------------------------------
 
 const char *ZipErrorText(int16_t code) {

@@ -161,6 +161,24 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target);
 // Returns 1 (the target holds exactly the inflated bytes), or 0: source not opened (field
 // unchanged), -10, or DecompressBuffer's codes. Guards: a null zip, source or target.
 
+// ---- Measuring ---------------------------------------------------------------------------
+
+Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit, uint32_t *out_length);
+// How many bytes the zlib stream of length bytes at data inflates to, without keeping them: it
+// is inflated through a small window of its own (nothing from the memory manager), so a packed
+// file that would give gigabytes costs no memory, and the inflating stops as soon as more than
+// limit bytes have come. The output limit of the object is not used.
+// Returns 1, last error 0, with *out_length the inflated length when the stream ends (header
+// and Adler-32 checked) within limit bytes, or limit + 1 (limit when limit is 0xFFFFFFFF) when
+// the stream gives more -- whether the rest of it is good is not known then.
+// Returns 0 with *out_length 0 and the last error:
+//   -3  not a zlib stream, damaged data or a wrong Adler-32 (a stream asking for a preset
+//       dictionary too);
+//   -5  the stream ends early (cut short), or the input is empty (length 0);
+//   -4, -2, -6 and any other code zlib gives.
+// Guards (internal error, 0, field untouched): a null zip or out_length, null data with a
+// non-zero length.
+
 // ---- Messages ----------------------------------------------------------------------------
 
 const char *ZipErrorText(int16_t code);

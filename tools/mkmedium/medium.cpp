@@ -328,8 +328,7 @@ static Flag is_device_name(const char *name) {
          base[3] <= '9';
 }
 
-// Why name (Windows-1250) cannot be a file or directory name on the medium, or null.
-static const char *name_fault(const char *name, char *what, size_t size) {
+const char *medium_name_fault(const char *name, char *what, size_t size) {
   size_t n = strlen(name);
   if (n > ILST_NAME_MAX) {
     snprintf(what, size, "the name has %u characters, at most %d are allowed", (unsigned)n, ILST_NAME_MAX);
@@ -364,7 +363,7 @@ static Flag take_name(Build *b, const char *directory, const char *native, char 
   if (!medium_plat_to_cp1250(native, text, sizeof text))
     return fail(b, "%s: the name cannot be written in Windows-1250", show_native(&s, directory, native));
   char what[120];
-  if (name_fault(text, what, sizeof what)) return fail(b, "%s: %s", show(&s, directory, text), what);
+  if (medium_name_fault(text, what, sizeof what)) return fail(b, "%s: %s", show(&s, directory, text), what);
   memcpy(name, text, strlen(text) + 1);
   return 1;
 }
@@ -745,7 +744,7 @@ static Flag assign_stored_names(Build *b) {
     for (uint32_t k = 0; !found && k < 1000000; k++) {
       candidate(base, b->options->packed, k, name);
       medium_upper(name, key, sizeof key);
-      if (!name_fault(name, what, sizeof what) && !set_find(&b->used, key, 1)) found = 1;
+      if (!medium_name_fault(name, what, sizeof what) && !set_find(&b->used, key, 1)) found = 1;
     }
     if (!found) {
       Shown s;

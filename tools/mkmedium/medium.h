@@ -179,6 +179,12 @@ Flag medium_list(const char *path, FILE *out, char *message, size_t size);
 // when fewer records are there than counted ("PATH: the header counts N records, the file
 // holds N"; the records that are there are printed first).
 
+const char *medium_name_fault(const char *name, char *what, size_t size);
+// Why name (Windows-1250) cannot be a file or directory name on the medium: the text (English,
+// put into what, size bytes) of the first rule of "The tree" above it breaks -- length, a
+// character Windows does not allow, a leading blank or a trailing blank or dot (an empty name
+// too), a device name -- and what itself; null for a good name.
+
 // ---- The lister of the tree --------------------------------------------------------------------
 
 typedef Flag (*MediumScanEntry)(void *context, const char *name, int16_t kind, uint64_t size);

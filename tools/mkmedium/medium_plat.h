@@ -30,4 +30,23 @@ Flag medium_plat_to_cp1250(const char *native, char *text, size_t size);
 // Windows-1250 into text (size bytes). Returns 1; 0 when the name is not valid in its code page,
 // holds a character that Windows-1250 lacks, or does not fit.
 
+// ---- For the release steps (release.cpp) --------------------------------------------------
+
+Flag medium_plat_scratch_directory(char *path, size_t size);
+// Makes a new empty directory of its own under the system's directory for temporary files and
+// puts its path (size bytes) into path. Returns 1; 0 when none could be made.
+
+void medium_plat_remove_tree(const char *path);
+// Removes the file or directory path with everything below it, read-only files too; what
+// cannot be removed stays, without a message.
+
+Flag medium_plat_quote(const char *text, char *quoted, size_t size);
+// text as one word of the command interpreter (sh: in single quotes; Windows: in double
+// quotes). Returns 1; 0 when it does not fit into size bytes or cannot be quoted (a double
+// quote on Windows).
+
+int medium_plat_run(const char *command);
+// Runs command through the command interpreter and waits for it. Returns its exit code; -1
+// when it could not be run or ended by a signal.
+
 #endif

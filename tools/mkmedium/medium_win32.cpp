@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 const char medium_plat_separator = '\\';
@@ -56,4 +57,54 @@ Flag medium_plat_to_cp1250(const char *native, char *text, size_t size) {
     return 0;
   }
   return 1;
+}
+
+Flag medium_plat_scratch_directory(char *path, size_t size) {
+  char base[MAX_PATH + 1];
+  DWORD n = GetTempPathA(sizeof base, base);
+  if (n == 0 || n > MAX_PATH) return 0;
+  for (unsigned attempt = 0; attempt < 100; attempt++) {
+    int m = snprintf(path, size, "%smkmedium.%lu.%u", base, (unsigned long)GetCurrentProcessId(), attempt);
+    if (m < 0 || (size_t)m >= size) return 0;
+    if (CreateDirectoryA(path, nullptr)) return 1;
+  }
+  return 0;
+}
+
+static Flag remove_entry(void *context, const char *name, int16_t, uint64_t) {
+  char path[KX_PATH * 2];
+  if (snprintf(path, sizeof path, "%s\\%s", (const char *)context, name) < (int)sizeof path) medium_plat_remove_tree(path);
+  return 1;
+}
+
+void medium_plat_remove_tree(const char *path) {
+  DWORD attributes = GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return;
+  SetFileAttributesA(path, attributes & ~(DWORD)FILE_ATTRIBUTE_READONLY);
+  if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
+    medium_plat_scan(path, remove_entry, (void *)path);
+    RemoveDirectoryA(path);
+  } else {
+    DeleteFileA(path);
+  }
+}
+
+Flag medium_plat_quote(const char *text, char *quoted, size_t size) {
+  size_t n = strlen(text);
+  if (strchr(text, '"') || n + 3 > size) return 0;
+  snprintf(quoted, size, "\"%s\"", text);
+  return 1;
+}
+
+int medium_plat_run(const char *command) {
+  fflush(stdout);
+  fflush(stderr);
+  // cmd /c drops the outer quotes of a line that begins with one: one more pair keeps them.
+  size_t n = strlen(command) + 3;
+  char *line = (char *)malloc(n);
+  if (!line) return -1;
+  snprintf(line, n, "\"%s\"", command);
+  int code = system(line);
+  free(line);
+  return code;
 }

@@ -5,6 +5,7 @@
 // wrong command line.
 #include "medium.h"
 #include "medium_plat.h"
+#include "release.h"
 
 #include "common/co.h"
 #include "win/we.h"
@@ -20,6 +21,7 @@
 static const char kHelp[] =
     "usage: mkmedium [options] SOURCE OUTPUT\n"
     "       mkmedium --list PATH\n"
+    "       mkmedium --verify MEDIUM\n"
     "\n"
     "Makes an installation medium of the directory tree SOURCE in the directory OUTPUT, which\n"
     "must be missing or empty: DISKLIST.LST, the stored files and the disk identification files\n"
@@ -37,6 +39,16 @@ static const char kHelp[] =
     "  --setup FILE        put FILE on the first disk as SETUP.EXE\n"
     "  --title TEXT        the list's title (default \"KORVEX 5\", at most 80 characters)\n"
     "  --list PATH         print the DISKLIST.LST at PATH (a list, a medium or a disk directory)\n"
+    "  --sign \"CMD {}\"     run CMD on SETUP.EXE and every .EXE and .DLL of the tree before they\n"
+    "                      are packed, {} replaced by the file's quoted path (copies in a scratch\n"
+    "                      directory are signed, the tree is not touched); a failure stops it\n"
+    "  --iso FILE          also write the medium (made flat) as an ISO 9660 image with Joliet\n"
+    "                      names, labelled with the title (xorriso)\n"
+    "  --floppy-images DIR also write each disk as DIR/DISKn.IMG, a 1.44 MB FAT12 image labelled\n"
+    "                      DISKn (mtools: mformat, mcopy)\n"
+    "  --verify MEDIUM     check a medium before it goes out: a flat directory, DISK1, DISK2, ...,\n"
+    "                      an ISO image or a directory of DISKn.IMG; one line per problem and a\n"
+    "                      summary; exit 0 only when it installs without a question\n"
     "  --help              this text\n"
     "\n"
     "The tree: the files of the target directory, and subdirectories holding the files of one\n"
@@ -61,7 +73,17 @@ static const char kHelp[] =
     "    PATH<TAB>DESCRIPTION\n"
     "with PATH as NAME for a file of the target directory or SUBDIR\\NAME (or SUBDIR/NAME),\n"
     "matched without regard to case, and at most 80 characters of description. Blank lines and\n"
-    "lines starting with # are skipped; files without a line get an empty description.\n";
+    "lines starting with # are skipped; files without a line get an empty description.\n"
+    "\n"
+    "Images are reproducible: every date is SOURCE_DATE_EPOCH, else 2000-01-01 00:00 UTC; fixed\n"
+    "volume serials and UUID. An image file or directory that exists is not written over. Where\n"
+    "xorriso or mtools are missing (as a rule on Windows), --iso, --floppy-images and --verify of\n"
+    "an image fail with a line that says so.\n"
+    "\n"
+    "--verify checks that DISKLIST.LST holds as many records as it counts, that each disk's\n"
+    "A.KORV, B.KORV, ... names its own number, that the names are plain Windows names, that each\n"
+    "stored file is on the disk its record names, that a packed file inflates (zlib, Adler-32)\n"
+    "to exactly the listed size and a plain one has it. Exit 0: no problem; 1: problems.\n";
 
 // Prints a Windows-1250 text to stream in UTF-8.
 static void print_cp1250(FILE *stream, const char *text) {
@@ -112,11 +134,16 @@ int main(int argc, char **argv) {
   const char *paths[2] = {nullptr, nullptr};
   int path_count = 0;
   char title[KX_PATH];
+  ReleaseOptions release = {};
   for (int i = 1; i < argc; i++) {
     const char *a = argv[i];
     const char *value = i + 1 < argc ? argv[i + 1] : nullptr;
     long n = 0;
-    if (strcmp(a, "--help") == 0 || strcmp(a, "-h") == 0) {
+    int16_t taken = release_option(a, value, &release);
+    if (taken < 0) return usage("an option wants a value");
+    if (taken > 0) {
+      i++;
+    } else if (strcmp(a, "--help") == 0 || strcmp(a, "-h") == 0) {
       fputs(kHelp, stdout);
       return 0;
     } else if (strcmp(a, "--packed") == 0) {
@@ -162,11 +189,15 @@ int main(int argc, char **argv) {
     if (!ok) fprintf(stderr, "mkmedium: %s\n", message);
     return ok ? 0 : 1;
   }
+  if (release.verify) {
+    if (path_count) return usage("--verify takes no further paths");
+    return release_verify(release.verify, stdout, stderr);
+  }
   if (path_count != 2) return usage("SOURCE and OUTPUT are wanted");
   options.source = paths[0];
   options.output = paths[1];
   MediumResult result;
-  if (!medium_make(&options, &result)) {
+  if (!release_make(&options, &release, &result)) {
     fprintf(stderr, "mkmedium: %s\n", result.message);
     return 1;
   }
