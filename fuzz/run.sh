@@ -12,7 +12,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
 build=$root/build/fuzz
 seconds=${1:-10}
-targets=${KX_FUZZ_TARGETS:-"wco ilst diskid zip date ssc fn"}
+targets=${KX_FUZZ_TARGETS:-"wco ilst diskid zip date ssc fn verify"}
 
 # Per-target input limit (bytes).
 max_len() {
@@ -24,6 +24,7 @@ max_len() {
     date) echo 256 ;;
     ssc) echo 512 ;;
     fn) echo 3000 ;;
+    verify) echo 4096 ;;
     *) echo 1024 ;;
   esac
 }
