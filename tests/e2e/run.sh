@@ -237,6 +237,38 @@ scenario_fresh_plain() {
   check FreshPlain
 }
 
+# 2a. A signed medium shipped as a CD image: the programs signed with a throwaway certificate
+# before they are packed, the image unpacked to the directory that drive D: (a CD drive) shows;
+# the install from D: passes the checks of a fresh install, and the installed KORV5.EXE carries a
+# signature that verifies against the certificate.
+scenario_cdrom_signed() {
+  make_payload "$sdir/payload"
+  local ca=$sdir/ca
+  mkdir -p "$ca"
+  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=KORVEX test" -keyout "$ca/key.pem" \
+    -out "$ca/cert.pem" >"$ca/openssl.txt" 2>&1 || { fail "openssl"; return; }
+  # The signer also puts each signed copy into the expected payload (its path after /tree/).
+  cp -r "$sdir/payload" "$sdir/signed"
+  printf '%s\n' "osslsigncode sign -certs '$ca/cert.pem' -key '$ca/key.pem' -n KORVEX -in \"\$1\" -out \"\$1.s\" >/dev/null || exit 1" \
+    'mv "$1.s" "$1" || exit 1' "case \$1 in */tree/*) cp \"\$1\" '$sdir/signed/'\"\${1#*/tree/}\" ;; esac" >"$ca/sign.sh"
+  make_medium "$sdir/payload" "$sdir/medium" --packed --sign "sh $ca/sign.sh {}" --iso "$sdir/korvex.iso" || return
+  "$mkmedium" --verify "$sdir/korvex.iso" >"$sdir/verify.txt" 2>&1 || fail "mkmedium --verify: $(cat "$sdir/verify.txt")"
+  xorriso -osirrox on -indev "$sdir/korvex.iso" -extract / "$sdir/cd" >"$sdir/xorriso.txt" 2>&1 || { fail "xorriso"; return; }
+  fresh_prefix prefix
+  quick_launch_folder
+  ln -sfn "$sdir/cd" "$WINEPREFIX/dosdevices/d:"
+  wine reg add 'HKLM\Software\Wine\Drives' /v d: /d cdrom /f >/dev/null 2>&1 </dev/null
+  robot install SETUP='D:\SETUP.EXE' SOURCE='D:\' QUICK=checked TARGET='C:\KORV5\'
+  setting 'C:\KORV5\' "$sdir/signed" "$sdir/cd"
+  check FreshPacked
+  step=$((step + 1))
+  say "== $step: osslsigncode verify of the installed KORV5.EXE"
+  osslsigncode verify -CAfile "$ca/cert.pem" -in "$(unix_of 'C:\KORV5\EXE\KORV5.EXE')" >"$sdir/signature.txt" 2>&1 ||
+    fail "no good signature on the installed KORV5.EXE, see $sdir/signature.txt"
+  grep -E '^(Signer|Signature verification)' "$sdir/signature.txt" | sed 's/^/   /'
+  chmod -R u+w "$sdir/cd"
+}
+
 # 3. Floppies: the source directory holds one disk at a time; the robot changes them.
 scenario_floppies() {
   make_payload "$sdir/payload"
