@@ -202,6 +202,7 @@ Flag verify_check(const VerifyAccess *access, VerifyResult *result) {
     ListHeader header;
     ilst_decode_header(list, &header);
     result->packed = header.packed;
+    result->listed = 1;
     uint32_t present = (length - ILST_HEADER_SIZE) / ILST_RECORD_SIZE;
     if (present < header.count)
       report(&c, "%s: the header counts %u records, the file holds %lu", LIST_NAME, (unsigned)header.count,
@@ -363,7 +364,7 @@ Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *m
     VerifyAccess access = {m, m->count, flat, dir_find, dir_load, to_stream, out};
     clean = verify_check(&access, result);
     fprintf(out, "verify: %lu records on %u disk(s), %s: ", (unsigned long)result->records, (unsigned)m->count,
-            result->packed ? "packed" : "plain");
+            !result->listed ? "no list" : result->packed ? "packed" : "plain");
     if (clean) fputs("no problems\n", out);
     else fprintf(out, "%lu problem(s)\n", (unsigned long)result->problems);
     fflush(out);

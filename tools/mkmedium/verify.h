@@ -51,6 +51,7 @@ struct VerifyResult {
   uint32_t records;    // records checked
   uint32_t problems;   // lines reported
   uint16_t packed;     // the header's packed word
+  int16_t listed;      // 1 when the list's header was read
 };
 
 Flag verify_check(const VerifyAccess *access, VerifyResult *result);
@@ -81,7 +82,7 @@ Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *m
 // Checks the medium in directory path: flat when path holds DISKLIST.LST, else split when it
 // holds DISK1 (then DISK2, ... as long as they follow each other). Writes the lines to out and
 // then the summary "verify: N records on D disk(s), packed|plain: no problems" or "...: N
-// problem(s)". Returns 1 for a medium without a fault; 0 with the summary written when it has
+// problem(s)" ("no list" in place of packed or plain when its header cannot be read). Returns 1 for a medium without a fault; 0 with the summary written when it has
 // faults, or 0 with message (nothing written) when path is no medium: "PATH: not a directory",
 // "PATH: neither DISKLIST.LST nor DISK1 is there", "PATH: the path is too long", "out of memory".
 
