@@ -4,6 +4,8 @@
 // such bombs is measured separately). Otherwise DecompressBuffer must agree with zlib: success
 // exactly when the stream ends properly, the same bytes and length; on failure a null buffer, a
 // zero length and an error code. What inflated is packed again and must come back unchanged.
+// InflatedLength must measure the same stream alike: the same length, or limit + 1 beyond a
+// limit the input chooses, and failure exactly when zlib fails within it.
 #include "fuzz_support.h"
 
 #include "common/mm.h"
@@ -64,6 +66,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FUZZ_CHECK(out == NULL && out_length == 0, "failure left out %p, length %u", (void *)out,
                out_length);
     FUZZ_CHECK(GetError(&zip) != 0, "failure with last error 0");
+  }
+
+  uint32_t limit = size ? data[size - 1] * 64u : 0, measured = 0x5A5A5A5A;
+  Flag whole = InflatedLength(&zip, size ? input : NULL, (uint32_t)size, PLAIN_LIMIT, &measured);
+  FUZZ_CHECK(whole == ok && measured == (ok ? out_length : 0), "InflatedLength %d, %u; DecompressBuffer %d, %u",
+             whole, measured, ok, out_length);
+  if (ok) {
+    Flag part = InflatedLength(&zip, input, (uint32_t)size, limit, &measured);
+    FUZZ_CHECK(part == 1 && measured == (out_length > limit ? limit + 1 : out_length),
+               "InflatedLength %d, %u with the limit %u for %u bytes", part, measured, limit, out_length);
   }
 
   if (ok) {
