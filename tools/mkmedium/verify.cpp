@@ -19,6 +19,7 @@ namespace {
 const char LIST_NAME[] = "DISKLIST.LST";
 const uint64_t BOMB_ROOM = 64u << 20;   // how far past its listed size a packed file is inflated
 const size_t ID_LINE = 80;               // characters the installer reads of an id file's line
+const size_t NATIVE_MAX = 80;            // bytes of a native name of at most 16 characters
 
 struct Check {
   const VerifyAccess *a;
@@ -226,7 +227,7 @@ namespace {
 
 struct DirEntry {
   char key[ILST_NAME_MAX + 1];   // the Windows-1250 name upper-cased
-  char native[KX_PATH];
+  char native[NATIVE_MAX];
   uint64_t size;
 };
 
@@ -246,7 +247,7 @@ Flag on_entry(void *context, const char *native, int16_t kind, uint64_t size) {
   DirDisk *d = (DirDisk *)context;
   char text[KX_PATH], key[KX_PATH];
   if (kind != MEDIUM_FILE || !medium_plat_to_cp1250(native, text, sizeof text) || strlen(text) > ILST_NAME_MAX ||
-      strlen(native) >= KX_PATH)
+      strlen(native) >= NATIVE_MAX)
     return 1;   // no record can name it
   if (d->count == d->room) {
     uint32_t room = d->room ? d->room * 2 : 64;
