@@ -151,7 +151,7 @@ hhlppack\hhupd.exe	Instalace HTML Help
 EOF
 }
 
-# make_medium PAYLOAD OUT [mkmedium options]: a medium with README.TXT and SETUP.EXE.
+# make_medium PAYLOAD OUT [mkmedium options]: a medium with README.TXT and SETUP.EXE, checked.
 make_medium() {
   local payload=$1 out=$2
   shift 2
@@ -164,6 +164,8 @@ make_medium() {
     fail "mkmedium $*"
     return 1
   fi
+  # Every medium made here must pass the builder's own check before a scenario damages it.
+  "$mkmedium" --verify "$out" >>"$out.log" 2>&1 || { cat "$out.log"; fail "mkmedium --verify $out"; return 1; }
 }
 
 # ---- robot and checks --------------------------------------------------------------------

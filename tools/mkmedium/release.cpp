@@ -174,9 +174,12 @@ Flag copy_and_sign(const char *from, const char *to, int depth, const char *comm
     } else if (n.kinds[i] == MEDIUM_DIRECTORY) {
       ok = depth == 0 ? copy_and_sign(source, target, 1, command, result) : medium_plat_make_directory(target);
       if (!ok && !result->message[0]) fail(result, "cannot make the directory %s", target);
-    } else if (n.kinds[i] == MEDIUM_FILE) {
-      if (!copy_file(source, target)) ok = fail(result, "cannot copy %s", source);
-      else if (is_program(n.names[i])) ok = sign_one(command, target, result);
+    } else if (n.kinds[i] != MEDIUM_FILE) {
+      ok = fail(result, "%s: not a regular file", source);
+    } else if (!copy_file(source, target)) {
+      ok = fail(result, "cannot copy %s", source);
+    } else if (is_program(n.names[i])) {
+      ok = sign_one(command, target, result);
     }
   }
   names_free(&n);

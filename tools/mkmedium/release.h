@@ -40,7 +40,7 @@ Flag release_make(MediumOptions *options, const ReleaseOptions *release, MediumR
 // Returns 1 with result as medium_make leaves it; 0 with result->message:
 //   medium_make's messages, and
 //   "--sign wants a command with {} for the file" / "signing PATH failed (exit N)"
-//   "cannot make a scratch directory" / "cannot copy PATH"
+//   "cannot make a scratch directory" / "cannot copy PATH" / "PATH: not a regular file"
 //   "--iso makes a flat medium, --floppy-images one of disks: not both"
 //   "--floppy-images wants disks, not --flat"
 //   "FILE exists: the image is not written over" / "DIR is not empty" / "cannot make DIR"
