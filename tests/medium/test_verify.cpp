@@ -127,6 +127,8 @@ TEST(Verify, GoodMediaPassAndEachDamageGivesItsOwnLine) {
       {19, 1, 0, [] { fs::resize_file(LIST, 50); }, "DISKLIST.LST: 50 bytes, shorter than a list header"},
       {20, 1, 1, [] { fs::remove("m/DISKLIST.LST"); }, "m: neither DISKLIST.LST nor DISK1 is there"},
       {21, 0, 1, [] { fs::rename("m/DATA.BIN", "m/data.bin"); }, ""},   // found without regard to case
+      {22, 1, 0, [] { fs::copy_file("m/DISK1/KORV5.EX_", "m/DISK2/korv5.ex_"); },
+       "record 1 EXE\\KORV5.EXE: KORV5.EX_ is on DISK2 too, the installer may take that one"},
   };
   for (const Row &r : rows) {
     fs::remove_all("m");

@@ -175,6 +175,14 @@ void check_record(Check *c, uint32_t number, const ListRecord *r, Flag packed) {
              show(&ss, r->stored), disk + 1u);
     return;
   }
+  // The installer takes a stored file from whatever disk is in the drive: a second one of the
+  // same name on another disk may be taken in its place.
+  for (uint16_t other = 0; !c->a->flat && other < c->a->disks; other++) {
+    uint64_t ignored;
+    if (other != disk && c->a->find(c->a->context, other, r->stored, &ignored))
+      report(c, "record %lu %s: %s is on DISK%u too, the installer may take that one", (unsigned long)number,
+             installed(&si, r), show(&ss, r->stored), other + 1u);
+  }
   if (packed) {
     check_packed(c, number, r, disk);
   } else if (size != r->size) {

@@ -10,7 +10,8 @@
 //     (no path, no device name, no control character, "." only as the subdirectory); a record
 //     with such a name is not looked up on the medium at all;
 //   - each stored file is on the disk the record names (a flat medium: in the directory; the
-//     disk number of a split medium must be one of its disks), found without regard to case;
+//     disk number of a split medium must be one of its disks), found without regard to case,
+//     and on no other disk of a split medium;
 //   - a packed file inflates (zlib: header and Adler-32) to exactly the size in the list, a
 //     plain file has exactly that size.
 // A medium without a line installs without a question but the one for each disk.
@@ -68,6 +69,7 @@ Flag verify_check(const VerifyAccess *access, VerifyResult *result);
 //      "record N: the subdirectory ..." (a name Windows does not take, with why)
 //   "record N NAME: the list puts it on DISKD, the medium has N disk(s)"
 //   "record N NAME: STORED is on DISKD, the list says DISKD"
+//   "record N NAME: STORED is on DISKD too, the installer may take that one"
 //   "record N NAME: STORED is missing" (from DISKD on a split medium)
 //   "record N NAME: STORED cannot be read"
 //   "record N NAME: STORED has N bytes, the list says N"
