@@ -14,7 +14,7 @@
 #include <string.h>
 #include <zlib.h>
 
-#include "installer/ilst.h"
+#include "lists/ilst.h"
 
 static void join(char *out, size_t size, const char *dir, const char *name) {
   size_t n = strlen(dir);

@@ -25,7 +25,7 @@
 
 #include "common/mm.h"
 #include "pack/copy.h"
-#include "zip/zip_util.h"
+#include "pack/zip_util.h"
 
 namespace {
 

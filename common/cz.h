@@ -15,7 +15,7 @@
 #ifndef KX_CZ_H
 #define KX_CZ_H
 
-#include "co.h"
+#include "common/co.h"
 
 // Encoding codes. Code 0 is accepted wherever a code is and is treated as CZ_KEYBCS2; so is any
 // code outside 0-4. Nothing in this module produces code 0.

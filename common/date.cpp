@@ -1,10 +1,10 @@
 // date.cpp - calendar dates, times of day and durations (see date.h).
-#include "date.h"
+#include "common/date.h"
 
-#include "cz.h"
-#include "file.h"
-#include "st.h"
-#include "win/we.h"
+#include "common/cz.h"
+#include "common/file.h"
+#include "common/st.h"
+#include "common/we.h"
 
 #include <stdio.h>
 #include <string.h>

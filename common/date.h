@@ -13,13 +13,13 @@
 // if it must live longer. There is one thread; nothing here is locked.
 //
 // Programming errors (a null argument, a table index out of range, the day number of an
-// impossible date) are reported with InternalError or SwitchError of module "date" (win/we.h);
+// impossible date) are reported with InternalError or SwitchError of module "date" (common/we.h);
 // the call then returns its documented fallback. Parsing and validation fail silently, by
 // their result only, and leave the target unchanged.
 #ifndef KX_DATE_H
 #define KX_DATE_H
 
-#include "co.h"
+#include "common/co.h"
 
 struct FileObject;
 

@@ -1,7 +1,7 @@
 // fe.cpp - file-name extensions (see fe.h).
-#include "fe.h"
+#include "common/fe.h"
 
-#include "win/we.h"
+#include "common/we.h"
 
 #include <string.h>
 

@@ -9,7 +9,7 @@
 #ifndef KX_FE_H
 #define KX_FE_H
 
-#include "co.h"
+#include "common/co.h"
 
 const char *name_extension(const char *name);
 // The extension of name, pointing into name (the text after the "."; empty for "NAME."), or

@@ -1,8 +1,8 @@
 // file.cpp - the file layer (see file.h).
-#include "file.h"
+#include "common/file.h"
 
-#include "mm.h"
-#include "win/we.h"
+#include "common/mm.h"
+#include "common/we.h"
 
 #include <fcntl.h>
 #include <stdio.h>

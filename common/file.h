@@ -45,7 +45,7 @@
 #ifndef KX_FILE_H
 #define KX_FILE_H
 
-#include "co.h"
+#include "common/co.h"
 
 #include <stdio.h>
 

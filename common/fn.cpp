@@ -1,9 +1,9 @@
 // fn.cpp - file names and paths (see fn.h).
-#include "fn.h"
+#include "common/fn.h"
 
-#include "fe.h"
-#include "fn_plat.h"
-#include "win/we.h"
+#include "common/fe.h"
+#include "common/we.h"
+#include "platform/fn_plat.h"
 
 #include <string.h>
 

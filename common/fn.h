@@ -15,7 +15,7 @@
 #ifndef KX_FN_H
 #define KX_FN_H
 
-#include "co.h"
+#include "common/co.h"
 
 Flag path_split_parts(const char *path, char *drive, char *directory, char *name, char *extension);
 // Splits path into its four parts as above; each output (of KX_PATH bytes, drive of at least

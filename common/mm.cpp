@@ -1,9 +1,9 @@
 // mm.cpp - memory manager: plain heap with argument checks, or guarded blocks with the MMBIN.MM
 // log. The layout of the guarded block and of the log is written down in mm.h.
-#include "mm.h"
+#include "common/mm.h"
 
-#include "file.h"
-#include "../win/we.h"
+#include "common/file.h"
+#include "common/we.h"
 
 #include <malloc.h>
 #include <stdarg.h>

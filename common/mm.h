@@ -23,7 +23,7 @@
 // backslash whole; a null file is logged as "UNKNOWN") and cuts it to MM_NAME_MAX characters.
 //
 // Programming errors (sizes below 1, a null block to mm_check, a full watched table) are reported
-// with InternalError("mm", line) (win/we.h). Heap exhaustion is not reported here: the call
+// with InternalError("mm", line) (common/we.h). Heap exhaustion is not reported here: the call
 // returns null and the caller treats it as out of memory.
 //
 // One thread only: the shared log records, the sequence number and the watched table have no
@@ -101,7 +101,7 @@
 #ifndef KX_MM_H
 #define KX_MM_H
 
-#include "co.h"
+#include "common/co.h"
 
 // Sizes of the log's records and fields, and of the guarded block's parts.
 enum {

@@ -1,8 +1,8 @@
 // st.cpp - null-safe helpers over NUL-terminated Windows-1250 byte strings.
-#include "st.h"
-#include "cz.h"
-#include "mm.h"
-#include "win/we.h"
+#include "common/cz.h"
+#include "common/mm.h"
+#include "common/st.h"
+#include "common/we.h"
 
 #include <string.h>
 

@@ -15,7 +15,7 @@
 #ifndef KX_ST_H
 #define KX_ST_H
 
-#include "co.h"
+#include "common/co.h"
 
 // ---- Allocation ----------------------------------------------------------------------------
 

@@ -2,7 +2,7 @@
 // names (date_parse_compact), then every text form of what they give. The first bytes are also
 // taken as a raw date and time of any field values for the text forms, whose buffers must hold
 // the widest 16-bit numbers.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "common/date.h"
 

@@ -1,10 +1,10 @@
 // fuzz_diskid.cpp - the disk identification file reader (DiskIdFile). The first byte picks the
 // disk the installer expects (0 to 25); the rest becomes that disk's identification file
 // ("A.KORV" ...) in a scratch source directory. Boxes are silenced; the result must be a flag.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
-#include "installer/ilst.h"
 #include "installer/inst.h"
+#include "lists/ilst.h"
 
 #include <stdio.h>
 #include <stdlib.h>

@@ -2,7 +2,7 @@
 // joiners of the module on the same texts. The input is the pattern, a NUL, then the source
 // name (no NUL: both are the whole input). Outputs are exact KX_PATH heap buffers, so a result
 // that is not cut at 1023 characters runs into ASan.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "common/fn.h"
 

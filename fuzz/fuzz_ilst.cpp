@@ -2,9 +2,9 @@
 // 140-byte records; a short tail is dropped as the installer drops it), and also read as
 // UNINST.LST records of 1028 bytes. Every block is decoded from an exact-size copy; each text
 // must stay within its limit, and encoding what was decoded must decode to the same record.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
-#include "installer/ilst.h"
+#include "lists/ilst.h"
 
 #include <stdlib.h>
 #include <string.h>

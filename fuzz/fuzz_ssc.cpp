@@ -2,7 +2,7 @@
 // characters passed to RemoveChar, ExtractDelimited and ReplaceChar; the rest is the line. Each
 // scanner works on an exact-size copy and an exact-size out buffer, and must never lengthen
 // the line nor fill an out buffer past its size - 1 characters.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "pack/ssc.h"
 

@@ -1,7 +1,7 @@
 // fuzz_support.cpp - see fuzz_support.h.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
-#include "win/we.h"
+#include "common/we.h"
 
 #include <dirent.h>
 #include <stdarg.h>

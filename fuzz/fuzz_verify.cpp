@@ -3,7 +3,7 @@
 // name length (1 byte), name, data length (2 bytes, little-endian), data -- DISKLIST.LST,
 // A.KORV and the stored files among them. The checker must end with a flag whose problem count
 // matches its lines, show no box, and give back every block it loaded (the leak check).
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "common/mm.h"
 #include "tools/mkmedium/verify.h"

@@ -3,10 +3,10 @@
 // store is written and loaded again. Checks what the loader promises of the store: names and
 // keys of 1 to 40 characters, values of at most 1000, no empty section, and every key found
 // again by its own text.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "common/mm.h"
-#include "swin/wco.h"
+#include "store/wco.h"
 
 #include <stdio.h>
 #include <stdlib.h>

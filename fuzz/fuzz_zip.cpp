@@ -6,10 +6,10 @@
 // zero length and an error code. What inflated is packed again and must come back unchanged.
 // InflatedLength must measure the same stream alike: the same length, or limit + 1 beyond a
 // limit the input chooses, and failure exactly when zlib fails within it.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 
 #include "common/mm.h"
-#include "zip/zip_util.h"
+#include "pack/zip_util.h"
 
 #include <stdlib.h>
 #include <string.h>

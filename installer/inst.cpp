@@ -1,20 +1,20 @@
 // inst.cpp - the install procedure: the steps from the source check to the configuration update,
 // the list files (DISKLIST.LST read, INST.LST and UNINST.LST written), the disks and the
 // transfer loop, the previous installation, the progress lines and the abort question.
-#include "inst.h"
+#include "installer/inst.h"
 
-#include "inst_plat.h"
-#include "startup.h"
-#include "ifl.h"
-#include "../common/file.h"
-#include "../common/st.h"
-#include "../common/mm.h"
-#include "../pack/copy.h"
-#include "../pack/ssc.h"
-#include "../swin/wco.h"
-#include "../win/reg.h"
-#include "../win/we.h"
-#include "../zip/zip_util.h"
+#include "common/file.h"
+#include "common/mm.h"
+#include "common/st.h"
+#include "common/we.h"
+#include "installer/startup.h"
+#include "pack/copy.h"
+#include "pack/ssc.h"
+#include "pack/zip_util.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "store/ifl.h"
+#include "store/wco.h"
 
 #include <stdio.h>
 #include <stdlib.h>

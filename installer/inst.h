@@ -10,8 +10,8 @@
 #ifndef KX_INST_H
 #define KX_INST_H
 
-#include "../common/co.h"
-#include "ilst.h"
+#include "common/co.h"
+#include "lists/ilst.h"
 
 struct FileObject;
 

@@ -5,16 +5,16 @@
 // None of these steps can fail the install: each shows its own messages, and the procedure
 // ignores the result. Every shortcut, group folder and registry key made here is recorded in
 // UNINST.LST (in the order the uninstaller must remove them).
-#include "inst.h"
+#include "installer/inst.h"
 
-#include "inst_plat.h"
-#include "startup.h"
-#include "../common/cz.h"
-#include "../common/file.h"
-#include "../swin/wco.h"
-#include "../win/reg.h"
-#include "../win/shl.h"
-#include "../win/we.h"
+#include "common/cz.h"
+#include "common/file.h"
+#include "common/we.h"
+#include "installer/startup.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "platform/shl.h"
+#include "store/wco.h"
 
 #include <stdio.h>
 #include <string.h>

@@ -11,15 +11,16 @@
 //      options record is handed back, the process-wide configuration store is freed (before
 //      the memory statistics end, so that the log shows it given back), and the toolkit's
 //      result is the exit code.
-#include "../common/mm.h"
-#include "../menu/sw_inst.h"
-#include "../swin/wco.h"
-#include "../swin/wgd.h"
-#include "../win/instmain.h"
-#include "../win/pfu.h"
-#include "ifl.h"
-#include "inst.h"
-#include "startup.h"
+#include "common/mm.h"
+#include "installer/inst.h"
+#include "installer/instmain.h"
+#include "installer/startup.h"
+#include "installer/sw_inst.h"
+#include "pack/pfu.h"
+#include "store/ifl.h"
+#include "store/wco.h"
+#include "toolkit/questions.h"
+#include "toolkit/wgd.h"
 
 #include <windows.h>
 #include <objbase.h>
@@ -86,6 +87,7 @@ int32_t setup_main(void *instance, void *previous, const char *command_line, int
 int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
   int argc = __argc;
   char **argv = __argv;
+  questions_install();
   mm_stat_begin(argc, (const char *const *)argv);
   startup_read_command_line(argc, argv);
 

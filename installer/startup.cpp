@@ -1,13 +1,13 @@
 // startup.cpp - the suite's shared start-up: command line, program drive and directory, and the
 // location of the system configuration file.
-#include "startup.h"
+#include "installer/startup.h"
 
-#include "../common/file.h"
-#include "../common/st.h"
-#include "../swin/wco.h"
-#include "../win/reg.h"
-#include "../win/we.h"
-#include "inst_plat.h"
+#include "common/file.h"
+#include "common/st.h"
+#include "common/we.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "store/wco.h"
 
 #include <string.h>
 

@@ -4,7 +4,7 @@
 #ifndef KX_STARTUP_H
 #define KX_STARTUP_H
 
-#include "../common/co.h"
+#include "common/co.h"
 
 enum { STARTUP_DRIVE = 4 };
 

@@ -1,9 +1,9 @@
 // copy.cpp - copying one file byte for byte: see copy.h.
-#include "copy.h"
+#include "pack/copy.h"
 
-#include "../common/file.h"
-#include "../common/mm.h"
-#include "../win/we.h"
+#include "common/file.h"
+#include "common/mm.h"
+#include "common/we.h"
 
 #include <stdio.h>
 

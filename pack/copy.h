@@ -6,7 +6,7 @@
 #ifndef KX_COPY_H
 #define KX_COPY_H
 
-#include "../common/co.h"
+#include "common/co.h"
 
 #ifdef CopyFile
 #undef CopyFile

@@ -1,7 +1,7 @@
 // ssc.cpp - line scanning: see ssc.h.
-#include "ssc.h"
+#include "pack/ssc.h"
 
-#include "../win/we.h"
+#include "common/we.h"
 
 #include <string.h>
 

@@ -14,7 +14,7 @@
 #ifndef KX_SSC_H
 #define KX_SSC_H
 
-#include "../common/co.h"
+#include "common/co.h"
 
 Flag SplitFirstWord(char *line, char *word, int32_t word_size);
 // Splits a keyword line into its first word and the rest.

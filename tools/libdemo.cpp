@@ -7,7 +7,7 @@
 #include "common/file.h"
 #include "common/fn.h"
 #include "common/st.h"
-#include "win/we.h"
+#include "common/we.h"
 
 #include <windows.h>
 

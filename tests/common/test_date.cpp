@@ -1,8 +1,8 @@
 // Dates, times and durations: validity, day numbers, parsing, arithmetic, texts, stored forms.
 #include "common/date.h"
 #include "common/file.h"
+#include "common/we.h"
 #include "tests/support/kxtest.h"
-#include "win/we.h"
 
 #include <gtest/gtest.h>
 

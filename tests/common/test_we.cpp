@@ -1,6 +1,6 @@
 // Error boxes, fault reports and the status line, checked through the box hook.
+#include "common/we.h"
 #include "tests/support/kxtest.h"
-#include "win/we.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // check_install.cpp - the checks of the end-to-end scenarios, one test suite per scenario. The
 // driver (run.sh) runs this program after the robot with --gtest_filter=SUITE.* and the
 // scenario's setting in the environment (check_lib.h).
-#include "check_lib.h"
+#include "tests/e2e/check_lib.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // check_lib.cpp - reading back what an install left (see check_lib.h).
-#include "check_lib.h"
+#include "tests/e2e/check_lib.h"
 
 #include <gtest/gtest.h>
 #include <objbase.h>

@@ -1,8 +1,8 @@
 // test_inst_faults.cpp - faults of the target while files are transferred: UNINST.LST on the disk
 // during the copies, a copy that a full disk stops, a torn list left by an earlier run.
-#include "test_inst_fixture.h"
+#include "tests/inst/test_inst_fixture.h"
 
-#include "zip/zip_util.h"
+#include "pack/zip_util.h"
 
 #include <filesystem>
 

@@ -1,9 +1,9 @@
 // test_inst_fixture.cpp - the install fixture (see test_inst_fixture.h).
-#include "test_inst_fixture.h"
+#include "tests/inst/test_inst_fixture.h"
 
-#include "installer/inst_plat.h"
-#include "swin/wco.h"
-#include "win/reg.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "store/wco.h"
 
 #include <filesystem>
 #include <fstream>

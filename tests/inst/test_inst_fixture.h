@@ -4,8 +4,8 @@
 #ifndef KX_TEST_INST_FIXTURE_H
 #define KX_TEST_INST_FIXTURE_H
 
-#include "installer/ilst.h"
 #include "installer/inst.h"
+#include "lists/ilst.h"
 #include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // test_inst_parts.cpp - the pieces of the install: UNINST.LST records, the state record, the
 // abort question, the earlier installation, long paths, and the native platform half.
-#include "test_inst_fixture.h"
+#include "tests/inst/test_inst_fixture.h"
 
-#include "installer/inst_plat.h"
-#include "swin/wco.h"
-#include "win/reg.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "store/wco.h"
 
 #include <filesystem>
 

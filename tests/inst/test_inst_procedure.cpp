@@ -1,10 +1,10 @@
 // test_inst_procedure.cpp - whole installs on a scratch directory: the lists written, the
 // questions asked, the checks that stop an install.
-#include "test_inst_fixture.h"
+#include "tests/inst/test_inst_fixture.h"
 
-#include "installer/inst_plat.h"
 #include "installer/startup.h"
-#include "swin/wco.h"
+#include "platform/inst_plat.h"
+#include "store/wco.h"
 #include "tools/mkmedium/medium.h"
 
 #include <algorithm>

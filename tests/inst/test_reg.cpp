@@ -1,7 +1,7 @@
 // Registry strings: the same cases against the in-memory registry of the native build and
 // against the real registry under Wine (below HKEY_CURRENT_USER\Software\KorvexRegTest, removed
 // again after every case).
-#include "win/reg.h"
+#include "platform/reg.h"
 #include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>

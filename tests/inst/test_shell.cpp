@@ -3,13 +3,13 @@
 // the in-memory registry and the text-file shortcuts; under Wine against the real registry and
 // real .lnk files (read back through IShellLinkA). The shell folders are pointed into the
 // scratch directory for every case and put back afterwards.
-#include "test_inst_fixture.h"
+#include "tests/inst/test_inst_fixture.h"
 
-#include "installer/inst_plat.h"
 #include "installer/startup.h"
-#include "swin/wco.h"
-#include "win/reg.h"
-#include "win/shl.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "platform/shl.h"
+#include "store/wco.h"
 
 #include <filesystem>
 

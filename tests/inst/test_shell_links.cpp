@@ -1,7 +1,7 @@
 // test_shell_links.cpp - CreateShellLink: the shortcut written and read back (a real .lnk
 // through IShellLinkA under Wine, the text-file fake natively), rewriting in place, and the
 // messages of each failing component-object step (native fake).
-#include "win/shl.h"
+#include "platform/shl.h"
 #include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // The shared start-up: the command line, and (further below) the location of the system
 // configuration file with the in-memory registry of the native build.
-#include "installer/inst_plat.h"
 #include "installer/startup.h"
-#include "swin/wco.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "store/wco.h"
 #include "tests/support/kxtest.h"
-#include "win/reg.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // before the memory statistics end, and in a guarded run ("$m") the log then shows every block
 // of the store released.
 #include "common/mm.h"
-#include "swin/wco.h"
+#include "store/wco.h"
 #include "tests/support/kxtest.h"
 #include "tests/support/mmbin.h"
 

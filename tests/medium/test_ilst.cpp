@@ -1,7 +1,7 @@
 // The install lists as bytes: DISKLIST.LST header and records, UNINST.LST records, disk
 // identification file names. Bytes are placed by hand at their offsets, never through the code
 // under test.
-#include "installer/ilst.h"
+#include "lists/ilst.h"
 #include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // The medium builder: media read back record by record, packed files inflated, the split over
 // disks, stored names, refusals, determinism, the printed list, and the tool run as a process.
-#include "installer/ilst.h"
+#include "lists/ilst.h"
+#include "pack/zip_util.h"
 #include "tests/support/kxtest.h"
 #include "tools/mkmedium/medium.h"
 #include "tools/mkmedium/medium_plat.h"
-#include "zip/zip_util.h"
 
 #include <gtest/gtest.h>
 

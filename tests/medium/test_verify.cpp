@@ -1,12 +1,12 @@
 // Checking a medium before it goes out: good media pass, each damage gives its own line; the
 // release steps: signing commands, reproducible CD and floppy images that verify.
 #include "common/mm.h"
-#include "installer/ilst.h"
+#include "lists/ilst.h"
+#include "pack/zip_util.h"
 #include "tests/support/kxtest.h"
 #include "tools/mkmedium/medium.h"
 #include "tools/mkmedium/release.h"
 #include "tools/mkmedium/verify.h"
-#include "zip/zip_util.h"
 
 #include <gtest/gtest.h>
 

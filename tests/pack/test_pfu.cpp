@@ -1,5 +1,5 @@
 // Function table: registration, look-up, status changes, descriptors and PFU_LIST.PFU.
-#include "win/pfu.h"
+#include "pack/pfu.h"
 
 #include "tests/pack/pack_support.h"
 

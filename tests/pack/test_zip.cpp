@@ -1,7 +1,7 @@
 // Packed files: the object, the error texts, every operation in both directions, streams made
 // by another producer, the file halves' failures, the argument guards, and a memory failure at
 // every allocation of each operation with nothing left behind.
-#include "zip/zip_util.h"
+#include "pack/zip_util.h"
 
 #include "tests/pack/pack_support.h"
 #include "tests/pack/zlib_fixtures.h"

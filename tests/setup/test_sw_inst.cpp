@@ -4,11 +4,11 @@
 // inside the dialog, no two overlapping, every text it can show fitting its item, the whole
 // window within 800 x 600 at 96 DPI (as much larger as the display's DPI is). Its texts,
 // states and focus at opening are the robot's to check.
-#include "menu/sw_inst.h"
 #include "installer/inst.h"
-#include "swin/wgd.h"
+#include "installer/sw_inst.h"
 #include "tests/support/kxtest.h"
 #include "tests/toolkit/tk_watch.h"
+#include "toolkit/wgd.h"
 
 #include <stdlib.h>
 #include <string.h>

@@ -1,5 +1,5 @@
 // Enumeration names: every name of every table, the reading rules and the fallbacks.
-#include "util/ets.h"
+#include "store/ets.h"
 
 #include "tests/support/kxtest.h"
 

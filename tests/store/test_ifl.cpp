@@ -1,5 +1,5 @@
 // The options record and its loader, over the process-wide configuration store.
-#include "installer/ifl.h"
+#include "store/ifl.h"
 
 #include "tests/support/kxtest.h"
 

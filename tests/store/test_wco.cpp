@@ -1,7 +1,7 @@
 // Configuration store: the file as written and read, when a save writes, typed values, limits,
 // damaged files. Literals are Windows-1250 in the binary ("á" is the byte 0xE1).
 #include "common/mm.h"
-#include "swin/wco.h"
+#include "store/wco.h"
 #include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>

@@ -5,9 +5,9 @@
 // how it is repaired, the start-up's own tests pin down; the installed uninstaller answered
 // "&Ano" is an end-to-end scenario.
 #include "installer/startup.h"
+#include "platform/reg.h"
 #include "tests/support/kxtest.h"
 #include "tests/toolkit/tk_watch.h"
-#include "win/reg.h"
 
 #include <regex>
 #include <set>

@@ -1,4 +1,4 @@
-#include "kxtest.h"
+#include "tests/support/kxtest.h"
 
 #include <gtest/gtest.h>
 

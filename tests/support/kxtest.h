@@ -2,7 +2,7 @@
 #ifndef KX_TEST_SUPPORT_H
 #define KX_TEST_SUPPORT_H
 
-#include "win/we.h"
+#include "common/we.h"
 
 #include <string>
 #include <vector>

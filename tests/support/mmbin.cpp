@@ -1,6 +1,6 @@
-#include "mmbin.h"
+#include "tests/support/mmbin.h"
 
-#include "kxtest.h"
+#include "tests/support/kxtest.h"
 
 #include <stdio.h>
 

@@ -1,11 +1,11 @@
 // The application shell: app_run with a modeless main dialog from the factory, the ways the loop
 // ends, the pre-translation hook, the status sink and app_pump.
-#include "tk_dialogs.h"
-#include "tk_watch.h"
+#include "tests/toolkit/tk_dialogs.h"
+#include "tests/toolkit/tk_watch.h"
 
-#include "swin/wgd.h"
+#include "common/we.h"
 #include "tests/support/kxtest.h"
-#include "win/we.h"
+#include "toolkit/wgd.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // The dialog engine: placement, the shared procedure's routing, the registry of running dialogs,
 // the control table and the item helpers, on real dialogs of this thread.
-#include "tk_dialogs.h"
-#include "tk_watch.h"
+#include "tests/toolkit/tk_dialogs.h"
+#include "tests/toolkit/tk_watch.h"
 
-#include "swin/wgd.h"
+#include "common/we.h"
 #include "tests/support/kxtest.h"
-#include "win/we.h"
+#include "toolkit/wgd.h"
 
 #include <stdio.h>
 #include <stdlib.h>

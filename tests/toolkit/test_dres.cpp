@@ -1,5 +1,5 @@
 // Dialog templates in memory: the bytes as the platform reads them, and the two lookup tables.
-#include "swin/dres.h"
+#include "toolkit/dres.h"
 
 #include "tests/support/kxtest.h"
 

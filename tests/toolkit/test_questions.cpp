@@ -1,15 +1,19 @@
 // The question, notice and message dialogs, shown for real and answered through the thread's
 // message loop as a user would: a button click, Esc, the close box, Enter. (The robot's
 // toolkit script answers them by button from outside once more.)
-#include "tk_watch.h"
+#include "tests/toolkit/tk_watch.h"
 
+#include "common/we.h"
 #include "tests/support/kxtest.h"
-#include "swin/wgd.h"
-#include "win/we.h"
+#include "toolkit/questions.h"
+#include "toolkit/wgd.h"
 
 #include <stdlib.h>
 
 namespace {
+
+// The dialogs under test are the toolkit's, as in a program that has started the toolkit.
+const int installed = (questions_install(), 0);
 
 using Texts = std::vector<std::string>;
 

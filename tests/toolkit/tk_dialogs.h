@@ -2,8 +2,8 @@
 #ifndef KX_TK_DIALOGS_H
 #define KX_TK_DIALOGS_H
 
-#include "swin/dialog.h"
-#include "swin/dres.h"
+#include "toolkit/dialog.h"
+#include "toolkit/dres.h"
 
 #include <windows.h>
 

@@ -2,10 +2,10 @@
 // dialog "Toolkit" opened through the window factory; the buttons ask the three questions and
 // show the notice, and the answer is written into item 110. "&Konec" ends the program with
 // exit code 7, the close box with 0.
-#include "swin/dialog.h"
-#include "swin/dres.h"
-#include "swin/wgd.h"
-#include "win/we.h"
+#include "common/we.h"
+#include "toolkit/dialog.h"
+#include "toolkit/dres.h"
+#include "toolkit/wgd.h"
 
 #include <windows.h>
 #include <stdio.h>

@@ -2,8 +2,8 @@
 // its title, body, icon and owner, checks the reporting thread's windows while the box is up,
 // and presses OK. CTest runs this once more under ANSI code page 1252: the body is read back as
 // UTF-16 and compared in code page 1250, so a box converting through the ANSI code page fails.
+#include "common/we.h"
 #include "tests/toolkit/tk_watch.h"
-#include "win/we.h"
 
 #include <stdlib.h>
 

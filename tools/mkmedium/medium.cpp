@@ -1,14 +1,14 @@
 // medium.cpp - makes installation media and prints install lists (see medium.h).
-#include "medium.h"
+#include "tools/mkmedium/medium.h"
 
-#include "medium_plat.h"
+#include "tools/mkmedium/medium_plat.h"
 
 #include "common/cz.h"
 #include "common/file.h"
 #include "common/mm.h"
-#include "installer/ilst.h"
-#include "win/we.h"
-#include "zip/zip_util.h"
+#include "common/we.h"
+#include "lists/ilst.h"
+#include "pack/zip_util.h"
 
 #include <stdarg.h>
 #include <stdlib.h>

@@ -78,7 +78,7 @@
 // Every refusal and failure puts one line of text (UTF-8, file names in the form SUBDIR\NAME)
 // into the result's message and returns 0. Everything is checked before the first byte is
 // written; the output directory must be missing or empty. The file layer and zip_util report
-// what they meet through the error reporting module (win/we.h) as well.
+// what they meet through the error reporting module (common/we.h) as well.
 #ifndef KX_MEDIUM_H
 #define KX_MEDIUM_H
 

@@ -1,8 +1,8 @@
 // medium_host.cpp - the medium builder's platform half for the native build: POSIX directories,
 // UTF-8 file names.
-#include "medium_plat.h"
+#include "tools/mkmedium/medium_plat.h"
 
-#include "medium.h"
+#include "tools/mkmedium/medium.h"
 
 #include <dirent.h>
 #include <stdio.h>

@@ -1,6 +1,6 @@
 // medium_win32.cpp - the medium builder's platform half on Windows: Win32 directories, file names
 // in the system's ANSI code page.
-#include "medium_plat.h"
+#include "tools/mkmedium/medium_plat.h"
 
 #include <windows.h>
 

@@ -3,12 +3,12 @@
 // A console tool: its own messages and every error box of the libraries go to standard error,
 // one line each, in UTF-8; it exits with 0 on success, 1 when it refused or failed, 2 for a
 // wrong command line.
-#include "medium.h"
-#include "medium_plat.h"
-#include "release.h"
+#include "tools/mkmedium/medium.h"
+#include "tools/mkmedium/medium_plat.h"
+#include "tools/mkmedium/release.h"
 
 #include "common/co.h"
-#include "win/we.h"
+#include "common/we.h"
 
 #include <stdio.h>
 #include <stdlib.h>

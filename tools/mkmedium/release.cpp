@@ -1,9 +1,9 @@
 // release.cpp - signing, CD and floppy images, and checking a medium or an image set (see
 // release.h).
-#include "release.h"
+#include "tools/mkmedium/release.h"
 
-#include "medium_plat.h"
-#include "verify.h"
+#include "tools/mkmedium/medium_plat.h"
+#include "tools/mkmedium/verify.h"
 
 #include "common/mm.h"
 

@@ -10,7 +10,7 @@
 #ifndef KX_RELEASE_H
 #define KX_RELEASE_H
 
-#include "medium.h"
+#include "tools/mkmedium/medium.h"
 
 #include <stdio.h>
 

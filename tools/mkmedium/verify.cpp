@@ -1,14 +1,14 @@
 // verify.cpp - checks an installation medium as the installer will read it (see verify.h).
-#include "verify.h"
+#include "tools/mkmedium/verify.h"
 
-#include "medium.h"
-#include "medium_plat.h"
+#include "tools/mkmedium/medium.h"
+#include "tools/mkmedium/medium_plat.h"
 
 #include "common/mm.h"
-#include "installer/ilst.h"
+#include "common/we.h"
+#include "lists/ilst.h"
 #include "pack/ssc.h"
-#include "win/we.h"
-#include "zip/zip_util.h"
+#include "pack/zip_util.h"
 
 #include <stdarg.h>
 #include <stdlib.h>

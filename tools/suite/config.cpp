@@ -5,12 +5,13 @@
 // Items of the window (for the UI robot): 101 the configuration file, 102 the list ("[section]"
 // lines, each key as "   key = value"), 1 "&Konec". Exit code 0; 1 when no configuration
 // file was found (the window says so).
-#include "installer/inst_plat.h"
+#include "common/we.h"
 #include "installer/startup.h"
-#include "swin/dialog.h"
-#include "swin/dres.h"
-#include "swin/wco.h"
-#include "win/we.h"
+#include "platform/inst_plat.h"
+#include "store/wco.h"
+#include "toolkit/dialog.h"
+#include "toolkit/dres.h"
+#include "toolkit/questions.h"
 
 #include <windows.h>
 
@@ -47,6 +48,7 @@ class ConfigWindow : public Dialog {
 }  // namespace
 
 int main(int argc, char **argv) {
+  questions_install();  // the toolkit's dialogs for questions and notices
   char own_path[KX_PATH];
   if (argc > 0 && plat_program_path(own_path, sizeof own_path)) argv[0] = own_path;
   startup_read_command_line(argc, argv);

@@ -1,5 +1,5 @@
 // functions.cpp - the sample main program's function table.
-#include "functions.h"
+#include "tools/suite/functions.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // functions.h - the function table of the sample main program KORV5.EXE: a representative
 // part of the suite's commands (files, editing, view, schematic, layout, simulation, help)
 // with their Czech menu texts, help lines and configuration names, and its text source for
-// the function-table module (win/pfu.h).
+// the function-table module (pack/pfu.h).
 #ifndef KX_SUITE_FUNCTIONS_H
 #define KX_SUITE_FUNCTIONS_H
 
 #include "common/co.h"
-#include "win/pfu.h"
+#include "pack/pfu.h"
 
 // One command of the table as the menus show it.
 struct SuiteCommand {

@@ -11,14 +11,15 @@
 //
 // Items of the window (for the UI robot): 101 design file, 102 configuration file, 103 system
 // path, 104 rest of the command line, 1 "&Konec".
-#include "functions.h"
-#include "installer/ifl.h"
-#include "installer/inst_plat.h"
+#include "common/we.h"
 #include "installer/startup.h"
-#include "swin/dialog.h"
-#include "swin/dres.h"
-#include "swin/wco.h"
-#include "win/we.h"
+#include "platform/inst_plat.h"
+#include "store/ifl.h"
+#include "store/wco.h"
+#include "toolkit/dialog.h"
+#include "toolkit/dres.h"
+#include "toolkit/questions.h"
+#include "tools/suite/functions.h"
 
 #include <windows.h>
 
@@ -71,6 +72,7 @@ int run_window(void) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  questions_install();  // the toolkit's dialogs for questions and notices
   // keep this: argument 0 is taken from the system, so that a start by a bare name (as a
   // process started with "KORV5.EXE $f") still knows the program's drive and directory.
   char own_path[KX_PATH];

@@ -1,7 +1,7 @@
 // ulst.cpp - reading UNINST.LST record by record.
-#include "ulst.h"
+#include "tools/suite/ulst.h"
 
-#include "win/we.h"
+#include "common/we.h"
 
 const char ULST_NAME[] = "UNINST.LST";
 

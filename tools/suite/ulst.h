@@ -1,7 +1,7 @@
 // ulst.h - reading UNINST.LST, the list of everything an install created (files, directories,
 // registry keys), as the uninstaller walks it: record by record from either end.
 //
-// The list is a plain sequence of 1028-byte records (installer/ilst.h has the layout). It is
+// The list is a plain sequence of 1028-byte records (lists/ilst.h has the layout). It is
 // opened through the file layer in binary-read mode and read by record number, so it can be
 // walked backwards without holding it in memory. A short tail (a record cut off by a broken
 // install) is not a record: count covers the whole records only.
@@ -10,7 +10,7 @@
 
 #include "common/co.h"
 #include "common/file.h"
-#include "installer/ilst.h"
+#include "lists/ilst.h"
 
 extern const char ULST_NAME[];   // "UNINST.LST"
 

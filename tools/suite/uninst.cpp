@@ -1,11 +1,11 @@
 // uninst.cpp - removing what UNINST.LST records.
-#include "uninst.h"
+#include "tools/suite/uninst.h"
 
 #include "common/file.h"
-#include "installer/inst_plat.h"
-#include "ulst.h"
-#include "win/reg.h"
-#include "win/we.h"
+#include "common/we.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
+#include "tools/suite/ulst.h"
 
 #include <string.h>
 

@@ -5,9 +5,10 @@
 //
 // Exit codes: 0 done, 1 list missing or unreadable, 2 the user said No, 3 some files could not
 // be deleted (uninst.h).
-#include "installer/inst_plat.h"
-#include "uninst.h"
-#include "win/we.h"
+#include "common/we.h"
+#include "platform/inst_plat.h"
+#include "toolkit/questions.h"
+#include "tools/suite/uninst.h"
 
 #include <windows.h>
 
@@ -48,6 +49,7 @@ Flag installation_root(const char *program, char *root) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  questions_install();  // the toolkit's dialogs for questions and notices
   Flag ask = 1;
   for (int i = 1; i < argc; i++)
     if (argv[i] != nullptr && (strcmp(argv[i], "-r") == 0 || strcmp(argv[i], "-R") == 0)) ask = 0;

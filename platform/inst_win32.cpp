@@ -1,0 +1,170 @@
+// inst_win32.cpp - the installer's platform half on Windows: kernel32 drives, directories,
+// processes and libraries.
+#include <windows.h>
+
+#include "platform/inst_plat.h"
+
+#include <stdio.h>
+#include <string.h>
+
+namespace {
+
+Flag free_fake = 0;
+uint32_t fake_clusters = 0, fake_sectors = 0, fake_bytes = 0;
+
+// "X:\" of a drive text "X:"; 0 when it is not one.
+Flag drive_root(const char *drive, char root[4]) {
+  if (!drive || !drive[0] || drive[1] != ':') return 0;
+  root[0] = drive[0];
+  root[1] = ':';
+  root[2] = '\\';
+  root[3] = 0;
+  return 1;
+}
+
+}  // namespace
+
+void plat_test_set_free_space(Flag active, uint32_t free_clusters, uint32_t sectors_per_cluster,
+                              uint32_t bytes_per_sector) {
+  free_fake = active;
+  fake_clusters = free_clusters;
+  fake_sectors = sectors_per_cluster;
+  fake_bytes = bytes_per_sector;
+}
+
+Flag plat_drive_ready(const char *drive) {
+  char root[4];
+  if (!drive_root(drive, root)) return 0;
+  UINT type = GetDriveTypeA(root);
+  if (type == DRIVE_NO_ROOT_DIR || type == DRIVE_UNKNOWN) return 0;
+  // An empty floppy or CD drive exists but is not ready; ask it without the system's
+  // "no disk" box.
+  UINT previous = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  DWORD sectors, bytes, free_clusters, clusters;
+  BOOL ok = GetDiskFreeSpaceA(root, &sectors, &bytes, &free_clusters, &clusters);
+  SetErrorMode(previous);
+  return ok ? 1 : 0;
+}
+
+Flag plat_free_space(const char *drive, uint32_t *free_clusters, uint32_t *sectors_per_cluster,
+                     uint32_t *bytes_per_sector) {
+  if (!free_clusters || !sectors_per_cluster || !bytes_per_sector) return 0;
+  if (free_fake) {
+    *free_clusters = fake_clusters;
+    *sectors_per_cluster = fake_sectors;
+    *bytes_per_sector = fake_bytes;
+    return 1;
+  }
+  char root[4];
+  if (!drive_root(drive, root)) return 0;
+  DWORD sectors = 0, bytes = 0, available = 0, clusters = 0;
+  UINT previous = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  BOOL ok = GetDiskFreeSpaceA(root, &sectors, &bytes, &available, &clusters);
+  SetErrorMode(previous);
+  if (!ok) return 0;
+  *free_clusters = available;
+  *sectors_per_cluster = sectors;
+  *bytes_per_sector = bytes;
+  return 1;
+}
+
+Flag plat_change_directory(const char *path) {
+  return path && SetCurrentDirectoryA(path) ? 1 : 0;
+}
+
+Flag plat_make_directory(const char *path) {
+  return path && CreateDirectoryA(path, nullptr) ? 1 : 0;
+}
+
+Flag plat_remove_directory(const char *path) {
+  return path && RemoveDirectoryA(path) ? 1 : 0;
+}
+
+Flag plat_current_directory(char *buffer, int32_t size) {
+  if (!buffer || size < 1) return 0;
+  buffer[0] = 0;
+  DWORD n = GetCurrentDirectoryA((DWORD)size, buffer);
+  if (n == 0 || n >= (DWORD)size) {
+    buffer[0] = 0;
+    return 0;
+  }
+  return 1;
+}
+
+Flag plat_move_file(const char *from, const char *to) {
+  return from && to && MoveFileA(from, to) ? 1 : 0;
+}
+
+Flag plat_truncate_file(const char *path, int32_t size) {
+  if (!path || size < 0) return 0;
+  HANDLE file = CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, NULL);
+  if (file == INVALID_HANDLE_VALUE) return 0;
+  Flag ok = SetFilePointer(file, size, NULL, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+            SetEndOfFile(file);
+  CloseHandle(file);
+  return ok;
+}
+
+Flag plat_directory_exists(const char *path) {
+  if (!path) return 0;
+  DWORD attributes = GetFileAttributesA(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) ? 1 : 0;
+}
+
+Flag plat_run_and_wait(const char *program, const char *argument, const char *directory,
+                       int32_t *exit_code) {
+  if (!program || !exit_code) return 0;
+  // Argument 0 is the program's path in quotes, argument 1 follows after one blank.
+  char command[2 * KX_PATH + 8];
+  int n = argument ? snprintf(command, sizeof command, "\"%s\" %s", program, argument)
+                   : snprintf(command, sizeof command, "\"%s\"", program);
+  if (n < 0 || (size_t)n >= sizeof command) return 0;
+  STARTUPINFOA start;
+  memset(&start, 0, sizeof start);
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process;
+  memset(&process, 0, sizeof process);
+  if (!CreateProcessA(program, command, nullptr, nullptr, FALSE, 0, nullptr, directory, &start,
+                      &process))
+    return 0;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD code = 0;
+  BOOL ok = GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  if (!ok) return 0;
+  *exit_code = (int32_t)code;
+  return 1;
+}
+
+Flag plat_library_present(const char *name) {
+  if (!name) return 0;
+  HMODULE library = LoadLibraryA(name);
+  if (!library) return 0;
+  FreeLibrary(library);
+  return 1;
+}
+
+void plat_sleep(int32_t milliseconds) { Sleep(milliseconds > 0 ? (DWORD)milliseconds : 0); }
+
+Flag plat_windows_platform(int32_t *platform_id) {
+  if (!platform_id) return 0;
+  OSVERSIONINFOA version;
+  memset(&version, 0, sizeof version);
+  version.dwOSVersionInfoSize = sizeof version;
+  if (!GetVersionExA(&version)) return 0;
+  *platform_id = (int32_t)version.dwPlatformId;
+  return 1;
+}
+
+Flag plat_program_path(char *buffer, int32_t size) {
+  if (!buffer || size < 1) return 0;
+  buffer[0] = 0;
+  DWORD n = GetModuleFileNameA(nullptr, buffer, (DWORD)size);
+  if (n == 0 || n >= (DWORD)size) {
+    buffer[0] = 0;
+    return 0;
+  }
+  return 1;
+}
