@@ -96,6 +96,13 @@ def main():
                   f"growth during the install {grow / 1024:.1f} MiB")
             print(f"  limit packed + plain of the largest file ({largest[0]}: {largest[2]} + {largest[1]} bytes)"
                   f" + 2 MiB = {limit / 1024:.1f} MiB: growth / limit = {grow / limit:.2f}x   target at most 1.0x")
+        cpu = []
+        for k in ("setup", "silent", "nsis"):
+            ms = [int(e["cpu_ms"]) for e in extra.get((p, k), []) if e.get("cpu_ms")]
+            if ms:
+                cpu.append(f"{LABEL[k]} {statistics.median(ms):.0f}")
+        if cpu:
+            print("  processor time of the installer process (user + system, ms, median): " + "; ".join(cpu))
         for k in ("silent", "nsis"):
             hwm = [int(e["hwm_kb"]) for e in extra.get((p, k), []) if e.get("hwm_kb")]
             if hwm:
