@@ -57,6 +57,9 @@ const char *const ALTERNATIVE_EXECUTABLES[] = {"KVWPRN.EXE", "KVWPP.EXE", "KVWAL
 enum { LINE_SIZE = 81, MILLION = 1000000, UNINSTALL_WAIT = 2000 };
 // Room a packed file may take beyond twice its declared size before it counts as a bomb.
 static const uint32_t INST_UNPACK_SLACK = 16u << 20;
+// A file of this size or more takes long enough to copy or unpack (from a floppy disk, the
+// copy of a far smaller one does) that its status text is painted before the step starts.
+static const uint32_t INST_LONG_FILE = 64u << 10;
 
 InstallDialog dialog;
 Flag dialog_set = 0;
@@ -119,6 +122,12 @@ Flag installed_path(const InstallState *state, char *out) {
 
 void pump(void) {
   if (dialog_set && dialog.pump) dialog.pump(dialog.context);
+}
+
+// Paints the status text just set before a step of the current file when the file is large.
+void paint_before_long_step(void) {
+  if (dialog_set && dialog.paint && state_now && state_now->size >= INST_LONG_FILE)
+    dialog.paint(dialog.context);
 }
 
 void set_line(int16_t item, const char *text) {
@@ -485,9 +494,12 @@ void record_partial(const char *path) {
 }
 
 // Copies source to target with its status text, and records the target. 0 after the message.
-Flag copy_and_record(const char *source, const char *target) {
+// With keep, the copied bytes are handed back there (see CopyFileKeeping; the caller frees them).
+Flag copy_and_record(const char *source, const char *target, unsigned char **keep = nullptr,
+                     uint32_t *kept = nullptr) {
   SetStatusTextF(TEXT_COPYING, source, target);
-  if (!CopyFile(source, target)) {
+  paint_before_long_step();
+  if (!(keep ? CopyFileKeeping(source, target, keep, kept) : CopyFile(source, target))) {
     ErrorBoxF(TEXT_COPY_FAILED, source);
     record_partial(target);
     return 0;
@@ -517,28 +529,61 @@ Flag copy_lists(InstallState *state) {
   return CheckAbort() ? 0 : 1;
 }
 
+// The subdirectories that step 6 has made sure of in this run, upper-cased, and whether it made
+// them itself. A directory is then not entered again for each further file of it, and step 8
+// knows that no file can exist yet in one that step 6 made (nothing is put into the target in
+// between). A directory that does not fit in the table is simply dealt with as before.
+enum { KNOWN_DIRECTORIES = 64 };
+struct KnownDirectory {
+  char name[ILST_NAME_MAX + 1];
+  Flag made;
+};
+KnownDirectory known_directories[KNOWN_DIRECTORIES];
+int known_count = 0;
+
+KnownDirectory *known_directory(const char *directory) {
+  char upper[ILST_NAME_MAX + 1];
+  copy_cut(upper, sizeof upper, directory);
+  st_upper(upper);
+  for (int i = 0; i < known_count; i++)
+    if (strcmp(known_directories[i].name, upper) == 0) return &known_directories[i];
+  return nullptr;
+}
+
+void know_directory(const char *directory, Flag made) {
+  if (known_count >= KNOWN_DIRECTORIES || strlen(directory) > ILST_NAME_MAX) return;
+  KnownDirectory &entry = known_directories[known_count++];
+  copy_cut(entry.name, sizeof entry.name, directory);
+  st_upper(entry.name);
+  entry.made = made;
+}
+
 // Makes sure the subdirectory of the current (target) directory exists.
 Flag ensure_directory(InstallState *state, const char *directory) {
   char path[KX_PATH];
   join(path, state->target_path, directory);
   RecordCreatedDirectory(path);
+  if (known_directory(directory)) return 1;
   if (!plat_change_directory(directory)) {
     if (!plat_make_directory(directory)) {
       ErrorBoxF(TEXT_NO_MKDIR, directory, state->target_path);
       return 0;
     }
+    know_directory(directory, 1);
     return 1;
   }
   if (!plat_change_directory("..")) {
     ErrorBoxF(TEXT_NO_CHDIR, state->target_path);
     return 0;
   }
+  know_directory(directory, 0);
   return 1;
 }
 
 // Step 6; every record is checked before the first directory is made.
 Flag create_directories(InstallState *state) {
   SetStatusText("Vytváření adresářů ...");
+  known_count = 0;
   if (!list_rewind(state)) return 0;
   int16_t got;
   while ((got = list_next(state)) > 0) {
@@ -562,6 +607,10 @@ Flag check_overwrite(InstallState *state) {
   while ((got = list_next(state)) > 0) {
     char path[KX_PATH];
     if (!installed_path(state, path)) return 0;
+    if (!is_root_directory(state->directory)) {
+      const KnownDirectory *known = known_directory(state->directory);
+      if (known && known->made) continue;
+    }
     if (!file_exists(path)) continue;
     if (!asked) {
       if (!QuestionBox("Existující soubory budou přepsány, pokračovat")) return 0;
@@ -674,10 +723,17 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   if (!join_path(packed_copy, state->target_path, state->stored_name) ||
       !join_path(unpacked, state->target_path, state->file_name))
     return 0;
-  if (!copy_and_record(source, packed_copy)) return 0;
+  // The packed bytes stay in memory from the copy to the unpacking: the copy is not read back.
+  unsigned char *packed = nullptr;
+  uint32_t packed_length = 0;
+  if (!copy_and_record(source, packed_copy, &packed, &packed_length)) return 0;
   SetStatusText("");
-  if (CheckAbort()) return 0;
+  if (CheckAbort()) {
+    if (packed) mm_free(packed, MM_HERE);
+    return 0;
+  }
   SetStatusTextF("Rozbaluje se %s ...", packed_copy);
+  paint_before_long_step();
   file_delete(unpacked);
   ZipUtil zip;
   ZipInit(&zip);
@@ -685,7 +741,11 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   // grows far past it is a damaged or hostile medium, stopped before it fills memory and disk.
   uint64_t limit = 2 * (uint64_t)state->size + INST_UNPACK_SLACK;
   zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
-  if (!DecompressFile(&zip, packed_copy, unpacked)) {
+  // An empty packed file goes the file road, which fails on it with a code of the table.
+  Flag unpacked_ok = packed && packed_length ? DecompressBufferToFile(&zip, packed, packed_length, unpacked)
+                                             : DecompressFile(&zip, packed_copy, unpacked);
+  if (packed) mm_free(packed, MM_HERE);
+  if (!unpacked_ok) {
     ErrorBox(ZipErrorText(GetError(&zip)));
     record_partial(unpacked);
     return -1;
@@ -712,8 +772,17 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   return 1;
 }
 
-// Step 11.
+Flag transfer_loop(InstallState *state);
+
+// Step 11: the loop, with the dialog told that per-file texts come.
 Flag transfer_files(InstallState *state) {
+  if (dialog_set && dialog.batch) dialog.batch(dialog.context, 1);
+  Flag ok = transfer_loop(state);
+  if (dialog_set && dialog.batch) dialog.batch(dialog.context, 0);
+  return ok;
+}
+
+Flag transfer_loop(InstallState *state) {
   current_disk = 0;
   if (!DiskIdFile(state)) return 0;
   if (!list_rewind(state)) return 0;

@@ -44,6 +44,12 @@ struct InstallDialog {
   void (*set_line)(void *context, int16_t item, const char *text);  // progress items 18..21
   void (*pump)(void *context);             // process pending window messages
   void (*bring_to_front)(void *context);   // make the dialog active and the foreground window
+  // Both may be null. batch(1): the texts of one file after another follow, which the dialog
+  // may paint at a slower pace (their windows hold every text at once all the same); batch(0):
+  // that has ended, whatever is not painted yet is painted. paint: paint the status line and
+  // the progress lines now, a long step follows.
+  void (*batch)(void *context, Flag on);
+  void (*paint)(void *context);
 };
 
 enum { INST_LINE_FIRST = 18, INST_LINE_LAST = 21 };

@@ -232,16 +232,50 @@ static Flag shows_text(HWND w, const char *text) {
   return m == n - 1 && memcmp(wanted, shown, (size_t)m * sizeof(wchar_t)) == 0 ? 1 : 0;
 }
 
+// While the install module writes per-file texts (between its batch calls), the status line
+// and the progress lines take every text at once, so that a program that reads an item always
+// gets the current text, but they are painted only by a timer every PAINT_INTERVAL_MS (nobody
+// reads faster; a static control paints itself at every text it is given, and each paint is a
+// round trip to the window system), and when the install module announces a long step. The
+// timer also fires in the message loop of a box, so a box never stands over stale lines.
+// Messages are taken at most every PUMP_INTERVAL_MS then.
+enum { PAINT_INTERVAL_MS = 100, PUMP_INTERVAL_MS = 20, PAINT_TIMER = 1717 };
+static InstallerDialog *batching;  // the dialog whose texts are painted by the timer
+static unsigned unpainted;         // one bit per progress item whose text is not painted yet
+static DWORD last_pump;
+
+static void paint_progress(InstallerDialog *d) {
+  for (int i = 0; i < PROGRESS_COUNT; i++) {
+    if (!(unpainted & (1u << i))) continue;
+    HWND w = item_window(d, PROGRESS_FIRST + i);
+    if (w) RedrawWindow(w, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+  }
+  unpainted = 0;
+}
+
+static void CALLBACK paint_timer(HWND, UINT, UINT_PTR, DWORD) {
+  if (batching && unpainted) paint_progress(batching);
+}
+
+// Gives the window its text (Windows-1250) without painting it. 0 when it can't be converted.
+static Flag store_text(HWND w, const char *text) {
+  enum { LONGEST = 1024 };
+  wchar_t wide[LONGEST];
+  if (MultiByteToWideChar(1250, 0, text, -1, wide, LONGEST) <= 0) return 0;
+  DefWindowProcW(w, WM_SETTEXT, 0, (LPARAM)wide);
+  return 1;
+}
+
 static void set_item_text(InstallerDialog *d, int32_t id, const char *text) {
   HWND w = item_window(d, id);
   if (!w) return;
   if (!text) text = "";
   if (progress_item(id) && shows_text(w, text)) return;
+  if (progress_item(id) && batching == d && store_text(w, text)) {
+    unpainted |= 1u << (id - PROGRESS_FIRST);
+    return;
+  }
   dialog_window_set_text(w, text);
-  // A status text announces the step that follows, which may run long before the next pump:
-  // show it now. Cleared lines and the progress lines are painted at that pump (each repaint
-  // is a round trip to the window system per line and file).
-  if (id == SW_INST_STATUS && text[0]) UpdateWindow(w);
 }
 
 static void enable_item(InstallerDialog *d, int32_t id, Flag on) {
@@ -280,7 +314,29 @@ static void callback_set_line(void *context, int16_t item, const char *text) {
   if (context) ((InstallerDialog *)context)->set_line(item, text);
 }
 
-static void callback_pump(void *) { app_pump(); }
+static void callback_pump(void *context) {
+  DWORD now = GetTickCount();
+  if (batching && batching == context && now - last_pump < PUMP_INTERVAL_MS) return;
+  last_pump = now;
+  app_pump();
+}
+
+static void callback_paint(void *context) {
+  if (context && batching == context) paint_progress((InstallerDialog *)context);
+}
+
+static void callback_batch(void *context, Flag on) {
+  InstallerDialog *d = (InstallerDialog *)context;
+  if (!d || !d->window) return;
+  if (on && !batching) {
+    batching = d;
+    SetTimer((HWND)d->window, PAINT_TIMER, PAINT_INTERVAL_MS, paint_timer);
+  } else if (!on && batching == d) {
+    KillTimer((HWND)d->window, PAINT_TIMER);
+    paint_progress(d);
+    batching = nullptr;
+  }
+}
 
 static void callback_bring_to_front(void *context) {
   InstallerDialog *d = (InstallerDialog *)context;
@@ -308,6 +364,8 @@ InstallerDialog::InstallerDialog(void *parent_window)
   callbacks.set_line = callback_set_line;
   callbacks.pump = callback_pump;
   callbacks.bring_to_front = callback_bring_to_front;
+  callbacks.paint = callback_paint;
+  callbacks.batch = callback_batch;
   inst_set_dialog(&callbacks);
 }
 
@@ -537,6 +595,7 @@ void InstallerDialog::run_install() {
   installing = 1;
   Flag ok = InstallProcedure(state);
   installing = 0;
+  callback_batch(this, 0);
 
   if (ok) {
     set_status(SW_INST_TEXT_SUCCESS);

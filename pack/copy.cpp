@@ -99,3 +99,59 @@ Flag CopyFile(const char *source, const char *target) {
   copy_buffer = NULL;
   return ok;
 }
+
+// Closes a target written without a stream buffer; 0 (after the write message, unless one was
+// shown already: written is 0 then) when its last bytes could not be handed over.
+static Flag close_target(FILE *target, Flag written) {
+  int flushed = fflush(target);
+  int closed = fclose(target);
+  if ((flushed != 0 || closed != 0) && written) {
+    ErrorBox(COPY_TEXT_WRITE);
+    return 0;
+  }
+  return written;
+}
+
+Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length) {
+  if (!source || !target || !data || !length) {
+    InternalError(MODULE, __LINE__);
+    return 0;
+  }
+  *data = NULL;
+  *length = 0;
+  FILE *in = fopen(source, "rb");
+  if (!in) {
+    ErrorBoxF(COPY_TEXT_OPEN, source);
+    return 0;
+  }
+  long size = -1;
+  if (fseek(in, 0, SEEK_END) == 0) size = ftell(in);
+  unsigned char *block = NULL;
+  if (size >= 0 && size < 0x7FFFFFFF && fseek(in, 0, SEEK_SET) == 0)
+    block = (unsigned char *)mm_alloc(size > 0 ? (int32_t)size : 1, MODULE, __LINE__);
+  if (!block) {
+    fclose(in);
+    return CopyFile(source, target);
+  }
+  // No stream buffers: the one read and the one write go straight to the system.
+  setvbuf(in, NULL, _IONBF, 0);
+  size_t got = fread(block, 1, (size_t)size, in);
+  fclose(in);
+  FILE *out = file_open_new_binary(target);
+  if (!out) {
+    ErrorBoxF(COPY_TEXT_OPEN, target);
+    mm_free(block, MODULE, __LINE__);
+    return 0;
+  }
+  setvbuf(out, NULL, _IONBF, 0);
+  Flag ok = fwrite(block, 1, got, out) == got ? 1 : 0;
+  if (!ok) ErrorBox(COPY_TEXT_WRITE);
+  ok = close_target(out, ok);
+  if (!ok) {
+    mm_free(block, MODULE, __LINE__);
+    return 0;
+  }
+  *data = block;
+  *length = (uint32_t)got;
+  return 1;
+}

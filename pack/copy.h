@@ -48,6 +48,17 @@ Flag CopyFile(const char *source, const char *target);
 // Keeps its state (buffer and both streams) in module variables for the length of one call:
 // not re-entrant; the installer calls it from its one thread.
 
+Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length);
+// CopyFile for a file whose bytes the caller uses next (a packed file, unpacked after its copy),
+// so that it need not be read a second time: the source is read whole into one block of the
+// memory manager (place "copy", not zero-filled) and written to the target in one write; the
+// block goes to *data and the number of bytes copied to *length, and the caller frees it with
+// mm_free. The target's bytes, the messages, the result and what a failure leaves are those of
+// CopyFile (a short read of the source ends the copy with what was read). When the memory
+// manager has no block of the file's size, or the size can't be learnt, the file is copied by
+// CopyFile itself and *data stays null. After a failure *data is null.
+// A null argument is an internal error ("copy"): 0.
+
 // ---- For tests only ----------------------------------------------------------------------
 // The memory manager's failure injection makes one request fail; the full halving sequence
 // and the case where every size fails need a run of failures. Product code never calls this.

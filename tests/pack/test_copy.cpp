@@ -114,4 +114,43 @@ TEST(Copy, SmallerBuffersWhenMemoryIsShort) {
   copy_test_set_allocator(previous);
 }
 
+// The copy that hands its bytes on: the same target as CopyFile, the bytes given back in one
+// block of its own, and on a failure the same box and nothing held.
+TEST(Copy, KeepingHandsBackTheBytesCopied) {
+  Ledger ledger;
+  for (size_t size : {(size_t)0, (size_t)1, (size_t)100000}) {
+    SCOPED_TRACE("size " + std::to_string(size));
+    const std::string data = random_bytes(size, 5);
+    ASSERT_TRUE(kxtest::write_bytes("src.bin", data));
+    remove("dst.bin");
+    BoxRecorder boxes;
+    ledger.mark();
+    unsigned char *kept = nullptr;
+    uint32_t length = 7;
+    EXPECT_EQ(1, CopyFileKeeping("src.bin", "dst.bin", &kept, &length));
+    EXPECT_TRUE(kxtest::read_bytes("dst.bin") == data);
+    ASSERT_TRUE(kept != nullptr);
+    EXPECT_TRUE(std::string((const char *)kept, length) == data) << length;
+    mm_free(kept, MM_HERE);
+    EXPECT_EQ(0u, boxes.count()) << boxes.dump();
+    EXPECT_EQ("", ledger.leftovers());
+  }
+  const std::string no_dir = ledger.dir().file("nodir") + "/dst.bin";
+  struct { const char *source; std::string target, text; } rows[] = {
+      {"nothere.bin", "dst2.bin", open_text("nothere.bin")},
+      {"src.bin", no_dir, open_text(no_dir)},
+  };
+  for (size_t i = 0; i < KX_COUNT(rows); i++) {
+    BoxRecorder boxes;
+    ledger.mark();
+    unsigned char *kept = (unsigned char *)1;
+    uint32_t length = 7;
+    EXPECT_EQ(0, CopyFileKeeping(rows[i].source, rows[i].target.c_str(), &kept, &length)) << i;
+    EXPECT_TRUE(kept == nullptr && length == 0) << i;
+    EXPECT_EQ(rows[i].text, boxes.only().text) << i;
+    EXPECT_FALSE(kxtest::exists(rows[i].target)) << i;
+    EXPECT_EQ("", ledger.leftovers()) << i;
+  }
+}
+
 }  // namespace
