@@ -238,11 +238,13 @@ static Flag shows_text(HWND w, const char *text) {
 // reads faster; a static control paints itself at every text it is given, and each paint is a
 // round trip to the window system), and when the install module announces a long step. The
 // timer also fires in the message loop of a box, so a box never stands over stale lines.
-// Messages are taken at most every PUMP_INTERVAL_MS then.
+// Messages are taken then once for each file (at the first pump after its first progress
+// line) and otherwise at most every PUMP_INTERVAL_MS.
 enum { PAINT_INTERVAL_MS = 100, PUMP_INTERVAL_MS = 20, PAINT_TIMER = 1717 };
 static InstallerDialog *batching;  // the dialog whose texts are painted by the timer
 static unsigned unpainted;         // one bit per progress item whose text is not painted yet
 static DWORD last_pump;
+static Flag next_file;             // a file's first progress line came since the last pump
 
 static void paint_progress(InstallerDialog *d) {
   for (int i = 0; i < PROGRESS_COUNT; i++) {
@@ -270,6 +272,7 @@ static void set_item_text(InstallerDialog *d, int32_t id, const char *text) {
   HWND w = item_window(d, id);
   if (!w) return;
   if (!text) text = "";
+  if (id == SW_INST_LINE_FIRST && text[0]) next_file = 1;
   if (progress_item(id) && shows_text(w, text)) return;
   if (progress_item(id) && batching == d && store_text(w, text)) {
     unpainted |= 1u << (id - PROGRESS_FIRST);
@@ -316,8 +319,9 @@ static void callback_set_line(void *context, int16_t item, const char *text) {
 
 static void callback_pump(void *context) {
   DWORD now = GetTickCount();
-  if (batching && batching == context && now - last_pump < PUMP_INTERVAL_MS) return;
+  if (batching && batching == context && !next_file && now - last_pump < PUMP_INTERVAL_MS) return;
   last_pump = now;
+  next_file = 0;
   app_pump();
 }
 

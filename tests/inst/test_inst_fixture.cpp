@@ -156,7 +156,7 @@ void InstallTest::SetUp() {
   we_set_dialog_hook(answer);
   static WeMainWindow window = {nullptr, status, nullptr};
   we_set_main_window(&window);
-  static InstallDialog dialog = {nullptr, set_line, pump, front};
+  static InstallDialog dialog = {nullptr, set_line, pump, front, nullptr, nullptr};
   inst_set_dialog(&dialog);
   state_ = inst_create_state("C:\\SETUP\\SETUP.EXE");
   ASSERT_NE(state_, nullptr);
