@@ -3,6 +3,7 @@
 
 #include "common/mm.h"
 #include "common/we.h"
+#include "platform/wtext.h"
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -54,7 +55,7 @@ bool text_mode(int16_t mode) { return mode >= 1 && mode <= 4; }
 
 // fopen, except that "wb" goes through file_open_new_binary.
 FILE *open_stream(const char *path, const char *mode_text) {
-  return strcmp(mode_text, "wb") == 0 ? file_open_new_binary(path) : fopen(path, mode_text);
+  return strcmp(mode_text, "wb") == 0 ? file_open_new_binary(path) : wtext_fopen(path, mode_text);
 }
 
 void cut_copy(char *target, size_t size, const char *text) {
@@ -333,22 +334,21 @@ Flag file_close(FileObject *file, Flag delete_after) {
   file->stream = nullptr;
   file->mode = 0;
   file->position = 0;
-  if (delete_after) remove(file->path);
+  if (delete_after) wtext_remove(file->path);
   return ok;
 }
 
 FILE *file_open_new_binary(const char *path) {
   if (!path) return nullptr;
+  int fd = wtext_open_new(path);
 #ifdef KX_WIN32
-  int fd = _open(path, _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
   FILE *stream = fd >= 0 ? _fdopen(fd, "wb") : nullptr;
   if (fd >= 0 && !stream) _close(fd);
 #else
-  int fd = open(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
   FILE *stream = fd >= 0 ? fdopen(fd, "wb") : nullptr;
   if (fd >= 0 && !stream) close(fd);
 #endif
-  return stream ? stream : fopen(path, "wb");
+  return stream ? stream : wtext_fopen(path, "wb");
 }
 
 Flag file_flush(FileObject *file) {
@@ -592,8 +592,7 @@ Flag file_exists(const char *path) {
     InternalError(MODULE, __LINE__);
     return 0;
   }
-  struct stat info;
-  return stat(path, &info) == 0 ? 1 : 0;
+  return wtext_exists(path);
 }
 
 Flag file_delete(const char *path) {
@@ -601,7 +600,7 @@ Flag file_delete(const char *path) {
     InternalError(MODULE, __LINE__);
     return 0;
   }
-  return remove(path) == 0 ? 1 : 0;
+  return wtext_remove(path);
 }
 
 // ---- Copying and the design header ---------------------------------------------------------

@@ -82,12 +82,13 @@ static void write_function_list(void) {
 int32_t setup_main(void *instance, void *previous, const char *command_line, int32_t show_command);
 
 // The main body: instance, previous instance, command line and show-command in, exit code out.
-// The arguments are taken from the runtime's argument vector, which it has made of the command
-// line.
+// The arguments are taken from the system's wide command line, split as the runtime splits it,
+// in 1250.
 int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
-  int argc = __argc;
-  char **argv = __argv;
+  int argc = 0;
+  char **argv = nullptr;
   questions_install();
+  startup_arguments(&argc, &argv);
   mm_stat_begin(argc, (const char *const *)argv);
   startup_read_command_line(argc, argv);
 

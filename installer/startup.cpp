@@ -8,6 +8,9 @@
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
 #include "store/wco.h"
+#ifdef KX_WIN32
+#include "platform/wtext.h"
+#endif
 
 #include <string.h>
 
@@ -299,3 +302,11 @@ Flag RepairInstalledPaths(void) {
   copy_cut(configuration_path, sizeof configuration_path, registry_path);
   return 1;
 }
+
+#ifdef KX_WIN32
+Flag startup_arguments(int *argc, char ***argv) {
+  if (wtext_arguments(argc, argv)) return 1;
+  ErrorBox("Příkazový řádek obsahuje znaky, které systém KORVEX nedokáže zapsat.");
+  return 0;
+}
+#endif

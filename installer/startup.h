@@ -22,6 +22,12 @@ extern int16_t extra_argument_count;        // plain arguments after the design 
 extern const char STARTUP_DEFAULT_DESIGN[];     // "DESIGN"
 extern const char STARTUP_DEFAULT_EXTENSION[];  // "D32"
 
+Flag startup_arguments(int *argc, char ***argv);
+// Windows: the program's arguments in 1250, taken from the system's wide command line (so that
+// a name with Czech letters is right whatever the system's ANSI code page), for
+// startup_read_command_line. An argument that 1250 cannot hold becomes "" after the error box
+// "Příkazový řádek obsahuje znaky, které systém KORVEX nedokáže zapsat."; returns 0 then.
+
 Flag startup_read_command_line(int argc, char **argv);
 // Fills the globals above from the argument vector (argv[0] the program's path). Resets them
 // first (design "DESIGN.D32", system drive "c:", everything else empty or 0), so it may be

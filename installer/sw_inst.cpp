@@ -9,6 +9,7 @@
 #include "installer/inst.h"
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
+#include "platform/wtext.h"
 #include "toolkit/dres.h"
 #include "toolkit/wgd.h"
 
@@ -42,6 +43,8 @@ static const char TEXT_WRONG_SYSTEM[] =
 static const char TEXT_NO_APP_DATA[] = "Nelze zjistit adresář složky Data aplikací";
 static const char TEXT_BROWSE_SOURCE[] = "Vyberte složku, odkud se bude instalovat";
 static const char TEXT_BROWSE_TARGET[] = "Vyberte složku, kam se bude instalovat";
+static const char TEXT_NOT_1250[] =
+    "Název vybrané složky obsahuje znaky, které systém KORVEX nedokáže zapsat.";
 static const char TARGET_NAME[] = "KORV5";
 
 // ---- Text rules ------------------------------------------------------------------------------
@@ -226,8 +229,8 @@ static HWND item_window(InstallerDialog *d, int32_t id) {
 static Flag shows_text(HWND w, const char *text) {
   enum { COMPARED = 512 };
   wchar_t wanted[COMPARED], shown[COMPARED];
-  int n = MultiByteToWideChar(1250, 0, text, -1, wanted, COMPARED);  // with the terminator
-  if (n <= 0 || n >= COMPARED) return 0;
+  if (!wtext_in(text, wanted, COMPARED)) return 0;
+  int n = (int)wcslen(wanted) + 1;  // with the terminator
   int m = GetWindowTextW(w, shown, COMPARED);
   return m == n - 1 && memcmp(wanted, shown, (size_t)m * sizeof(wchar_t)) == 0 ? 1 : 0;
 }
@@ -427,7 +430,8 @@ static void set_heading_font(InstallerDialog *d) {
   char text[WE_TEXT_SIZE];
   wchar_t wide[WE_TEXT_SIZE];
   if (!dialog_window_get_text(w, text, WE_TEXT_SIZE)) text[0] = 0;
-  int length = MultiByteToWideChar(1250, 0, text, -1, wide, WE_TEXT_SIZE) - 1;
+  wtext_in(text, wide, WE_TEXT_SIZE);
+  int length = (int)wcslen(wide);
   HFONT font = nullptr;
   HDC dc = GetDC(w);
   for (; height >= 8; height = height * 9 / 10) {
@@ -514,19 +518,13 @@ static int CALLBACK browse_callback(HWND window, UINT message, LPARAM, LPARAM da
 }
 
 // Code page 1250 <-> UTF-16, whatever the system's ANSI code page is.
-static void to_wide(const char *text, wchar_t *wide, int size) {
-  wide[0] = 0;
-  int n = MultiByteToWideChar(1250, 0, text, -1, wide, size);
-  if (n <= 0) wide[0] = 0;
-  wide[size - 1] = 0;
-}
 
 // The chosen folder in code page 1250 into folder (KX_PATH); 0 when cancelled.
 static Flag browse(InstallerDialog *d, const char *title, const char *start, char *folder) {
   wchar_t wide_title[WE_TEXT_SIZE];
-  to_wide(title, wide_title, WE_TEXT_SIZE);
+  wtext_in(title, wide_title, WE_TEXT_SIZE);
   wchar_t wide_start[KX_PATH];
-  if (start) to_wide(start, wide_start, KX_PATH);
+  if (start) wtext_in(start, wide_start, KX_PATH);
   wchar_t display[MAX_PATH];
   display[0] = 0;
   BROWSEINFOW info;
@@ -545,10 +543,9 @@ static Flag browse(InstallerDialog *d, const char *title, const char *start, cha
   if (chosen) {
     wchar_t wide_path[MAX_PATH];
     if (SHGetPathFromIDListW(chosen, wide_path)) {
-      BOOL lost = FALSE;
-      int n = WideCharToMultiByte(1250, 0, wide_path, -1, folder, KX_PATH, nullptr, &lost);
-      folder[KX_PATH - 1] = 0;
-      ok = n > 0 && !lost && folder[0] ? 1 : 0;  // a name 1250 can't write is no path for us
+      // A name that 1250 cannot write is no path for us: said so, and nothing changes.
+      ok = wtext_out(wide_path, folder, KX_PATH) && folder[0] ? 1 : 0;
+      if (!ok) ErrorBox(TEXT_NOT_1250);
     }
     CoTaskMemFree(chosen);
   }

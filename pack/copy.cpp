@@ -4,6 +4,7 @@
 #include "common/file.h"
 #include "common/mm.h"
 #include "common/we.h"
+#include "platform/wtext.h"
 
 #include <stdio.h>
 
@@ -68,7 +69,7 @@ Flag CopyFile(const char *source, const char *target) {
     return 0;
   }
   Flag ok = 0;
-  copy_source = fopen(source, "rb");
+  copy_source = wtext_fopen(source, "rb");
   if (!copy_source) {
     ErrorBoxF(COPY_TEXT_OPEN, source);
   } else {

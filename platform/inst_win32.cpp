@@ -1,8 +1,9 @@
 // inst_win32.cpp - the installer's platform half on Windows: kernel32 drives, directories,
-// processes and libraries.
+// processes and libraries. Names go to the wide calls and come back through wtext (1250).
 #include <windows.h>
 
 #include "platform/inst_plat.h"
+#include "platform/wtext.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -13,14 +14,21 @@ Flag free_fake = 0;
 uint32_t fake_clusters = 0, fake_sectors = 0, fake_bytes = 0;
 
 // "X:\" of a drive text "X:"; 0 when it is not one.
-Flag drive_root(const char *drive, char root[4]) {
-  if (!drive || !drive[0] || drive[1] != ':') return 0;
-  root[0] = drive[0];
-  root[1] = ':';
-  root[2] = '\\';
+Flag drive_root(const char *drive, wchar_t root[4]) {
+  if (!drive || !drive[0] || drive[1] != ':' || (unsigned char)drive[0] >= 0x80) return 0;
+  root[0] = (wchar_t)drive[0];
+  root[1] = L':';
+  root[2] = L'\\';
   root[3] = 0;
   return 1;
 }
+
+// A 1250 path as the wide calls take it (one buffer per argument of a call).
+struct Wide {
+  wchar_t text[WTEXT_PATH];
+  Flag ok;
+  explicit Wide(const char *path) : ok(wtext_in(path, text, WTEXT_PATH)) {}
+};
 
 }  // namespace
 
@@ -33,15 +41,15 @@ void plat_test_set_free_space(Flag active, uint32_t free_clusters, uint32_t sect
 }
 
 Flag plat_drive_ready(const char *drive) {
-  char root[4];
+  wchar_t root[4];
   if (!drive_root(drive, root)) return 0;
-  UINT type = GetDriveTypeA(root);
+  UINT type = GetDriveTypeW(root);
   if (type == DRIVE_NO_ROOT_DIR || type == DRIVE_UNKNOWN) return 0;
   // An empty floppy or CD drive exists but is not ready; ask it without the system's
   // "no disk" box.
   UINT previous = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   DWORD sectors, bytes, free_clusters, clusters;
-  BOOL ok = GetDiskFreeSpaceA(root, &sectors, &bytes, &free_clusters, &clusters);
+  BOOL ok = GetDiskFreeSpaceW(root, &sectors, &bytes, &free_clusters, &clusters);
   SetErrorMode(previous);
   return ok ? 1 : 0;
 }
@@ -55,11 +63,11 @@ Flag plat_free_space(const char *drive, uint32_t *free_clusters, uint32_t *secto
     *bytes_per_sector = fake_bytes;
     return 1;
   }
-  char root[4];
+  wchar_t root[4];
   if (!drive_root(drive, root)) return 0;
   DWORD sectors = 0, bytes = 0, available = 0, clusters = 0;
   UINT previous = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-  BOOL ok = GetDiskFreeSpaceA(root, &sectors, &bytes, &available, &clusters);
+  BOOL ok = GetDiskFreeSpaceW(root, &sectors, &bytes, &available, &clusters);
   SetErrorMode(previous);
   if (!ok) return 0;
   *free_clusters = available;
@@ -69,35 +77,38 @@ Flag plat_free_space(const char *drive, uint32_t *free_clusters, uint32_t *secto
 }
 
 Flag plat_change_directory(const char *path) {
-  return path && SetCurrentDirectoryA(path) ? 1 : 0;
+  Wide wide(path);
+  return wide.ok && SetCurrentDirectoryW(wide.text) ? 1 : 0;
 }
 
 Flag plat_make_directory(const char *path) {
-  return path && CreateDirectoryA(path, nullptr) ? 1 : 0;
+  Wide wide(path);
+  return wide.ok && CreateDirectoryW(wide.text, nullptr) ? 1 : 0;
 }
 
 Flag plat_remove_directory(const char *path) {
-  return path && RemoveDirectoryA(path) ? 1 : 0;
+  Wide wide(path);
+  return wide.ok && RemoveDirectoryW(wide.text) ? 1 : 0;
 }
 
 Flag plat_current_directory(char *buffer, int32_t size) {
   if (!buffer || size < 1) return 0;
   buffer[0] = 0;
-  DWORD n = GetCurrentDirectoryA((DWORD)size, buffer);
-  if (n == 0 || n >= (DWORD)size) {
-    buffer[0] = 0;
-    return 0;
-  }
-  return 1;
+  wchar_t wide[WTEXT_PATH];
+  DWORD n = GetCurrentDirectoryW(WTEXT_PATH, wide);
+  if (n == 0 || n >= WTEXT_PATH) return 0;
+  return wtext_out(wide, buffer, (size_t)size);
 }
 
 Flag plat_move_file(const char *from, const char *to) {
-  return from && to && MoveFileA(from, to) ? 1 : 0;
+  Wide wide_from(from), wide_to(to);
+  return wide_from.ok && wide_to.ok && MoveFileW(wide_from.text, wide_to.text) ? 1 : 0;
 }
 
 Flag plat_truncate_file(const char *path, int32_t size) {
-  if (!path || size < 0) return 0;
-  HANDLE file = CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
+  Wide wide(path);
+  if (!wide.ok || size < 0) return 0;
+  HANDLE file = CreateFileW(wide.text, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, NULL);
   if (file == INVALID_HANDLE_VALUE) return 0;
   Flag ok = SetFilePointer(file, size, NULL, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
@@ -107,8 +118,9 @@ Flag plat_truncate_file(const char *path, int32_t size) {
 }
 
 Flag plat_directory_exists(const char *path) {
-  if (!path) return 0;
-  DWORD attributes = GetFileAttributesA(path);
+  Wide wide(path);
+  if (!wide.ok) return 0;
+  DWORD attributes = GetFileAttributesW(wide.text);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) ? 1 : 0;
 }
 
@@ -120,13 +132,18 @@ Flag plat_run_and_wait(const char *program, const char *argument, const char *di
   int n = argument ? snprintf(command, sizeof command, "\"%s\" %s", program, argument)
                    : snprintf(command, sizeof command, "\"%s\"", program);
   if (n < 0 || (size_t)n >= sizeof command) return 0;
-  STARTUPINFOA start;
+  Wide wide_program(program), wide_directory(directory);
+  wchar_t wide_command[2 * KX_PATH + 8];  // CreateProcessW may write into it
+  if (!wide_program.ok || (directory && !wide_directory.ok) ||
+      !wtext_in(command, wide_command, 2 * KX_PATH + 8))
+    return 0;
+  STARTUPINFOW start;
   memset(&start, 0, sizeof start);
   start.cb = sizeof start;
   PROCESS_INFORMATION process;
   memset(&process, 0, sizeof process);
-  if (!CreateProcessA(program, command, nullptr, nullptr, FALSE, 0, nullptr, directory, &start,
-                      &process))
+  if (!CreateProcessW(wide_program.text, wide_command, nullptr, nullptr, FALSE, 0, nullptr,
+                      directory ? wide_directory.text : nullptr, &start, &process))
     return 0;
   WaitForSingleObject(process.hProcess, INFINITE);
   DWORD code = 0;
@@ -139,8 +156,9 @@ Flag plat_run_and_wait(const char *program, const char *argument, const char *di
 }
 
 Flag plat_library_present(const char *name) {
-  if (!name) return 0;
-  HMODULE library = LoadLibraryA(name);
+  Wide wide(name);
+  if (!wide.ok) return 0;
+  HMODULE library = LoadLibraryW(wide.text);
   if (!library) return 0;
   FreeLibrary(library);
   return 1;
@@ -150,10 +168,10 @@ void plat_sleep(int32_t milliseconds) { Sleep(milliseconds > 0 ? (DWORD)millisec
 
 Flag plat_windows_platform(int32_t *platform_id) {
   if (!platform_id) return 0;
-  OSVERSIONINFOA version;
+  OSVERSIONINFOW version;
   memset(&version, 0, sizeof version);
   version.dwOSVersionInfoSize = sizeof version;
-  if (!GetVersionExA(&version)) return 0;
+  if (!GetVersionExW(&version)) return 0;
   *platform_id = (int32_t)version.dwPlatformId;
   return 1;
 }
@@ -161,10 +179,8 @@ Flag plat_windows_platform(int32_t *platform_id) {
 Flag plat_program_path(char *buffer, int32_t size) {
   if (!buffer || size < 1) return 0;
   buffer[0] = 0;
-  DWORD n = GetModuleFileNameA(nullptr, buffer, (DWORD)size);
-  if (n == 0 || n >= (DWORD)size) {
-    buffer[0] = 0;
-    return 0;
-  }
-  return 1;
+  wchar_t wide[WTEXT_PATH];
+  DWORD n = GetModuleFileNameW(nullptr, wide, WTEXT_PATH);
+  if (n == 0 || n >= WTEXT_PATH) return 0;
+  return wtext_out(wide, buffer, (size_t)size);
 }

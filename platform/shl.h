@@ -3,10 +3,10 @@
 // CreateShellLink is the one call the installer uses to write a shortcut; it reports its own
 // faults. Below it lies the platform seam, one call per component-object step: the Windows
 // build (shl_win32.cpp) goes to ole32 / shell32 (CoInitialize, CoCreateInstance of CLSID_ShellLink
-// with IShellLinkA, IPersistFile, SHChangeNotify); the native build (shl_host.cpp) keeps one
+// with IShellLinkW, IPersistFile, SHChangeNotify); the native build (shl_host.cpp) keeps one
 // link object in memory and saves it as a small text file, so that the installer's steps can be
 // tested without Windows. The seam holds at most one link object at a time (one thread).
-// All texts are Windows-1250.
+// All texts are Windows-1250 (converted explicitly for the wide calls on Windows).
 #ifndef KX_SHL_H
 #define KX_SHL_H
 
@@ -40,7 +40,7 @@ Flag shl_read_link(const char *link_file, char *target, char *description,
 
 enum { SHL_SYSTEM_OTHER = 0, SHL_SYSTEM_NT = 1, SHL_SYSTEM_98 = 2, SHL_SYSTEM_95 = 3 };
 int16_t shl_windows_system(void);
-// From GetVersionExA: SHL_SYSTEM_NT on the NT platform (NT 4, 2000 and later); on the Windows
+// From GetVersionExW: SHL_SYSTEM_NT on the NT platform (NT 4, 2000 and later); on the Windows
 // platform SHL_SYSTEM_98 for version 4.10 and later (98, Millennium), SHL_SYSTEM_95 for 4.0 up
 // to 4.09; SHL_SYSTEM_OTHER for anything else (Win32s). Native build: SHL_SYSTEM_NT unless a
 // test chose another with shl_test_set_system.

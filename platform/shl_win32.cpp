@@ -1,6 +1,9 @@
 // shl_win32.cpp - the shell seam over ole32 / shell32: the shell's link object through
-// IShellLinkA and IPersistFile, the version of the system, and the association notification.
+// IShellLinkW and IPersistFile, the version of the system, and the association notification.
+// Every text goes in and comes back through wtext (1250).
 #include "platform/shl.h"
+
+#include "platform/wtext.h"
 
 #include <string.h>
 #include <windows.h>
@@ -10,22 +13,29 @@
 
 namespace {
 
-IShellLinkA *link_object;
+IShellLinkW *link_object;
 IPersistFile *persist_file;
 
-// The shortcut name as the persist-file interface wants it: wide, from the ANSI code page.
-void wide_name(const char *name, WCHAR *wide, int size) {
-  wide[0] = 0;
-  if (MultiByteToWideChar(CP_ACP, 0, name, -1, wide, size) == 0) wide[size - 1] = 0;
+// A text of ours as the link object takes it.
+struct Wide {
+  wchar_t text[WTEXT_PATH];
+  Flag ok;
+  explicit Wide(const char *text_1250) : ok(wtext_in(text_1250, text, WTEXT_PATH)) {}
+};
+
+// A text the link object gave back, into buffer (KX_PATH bytes): "" when it holds a character
+// that 1250 lacks.
+void back(const wchar_t *wide, char *buffer) {
+  if (!wtext_out(wide, buffer, KX_PATH)) buffer[0] = 0;
 }
 
 }  // namespace
 
 int16_t shl_windows_system(void) {
-  OSVERSIONINFOA version;
+  OSVERSIONINFOW version;
   memset(&version, 0, sizeof version);
   version.dwOSVersionInfoSize = sizeof version;
-  if (!GetVersionExA(&version)) return SHL_SYSTEM_OTHER;
+  if (!GetVersionExW(&version)) return SHL_SYSTEM_OTHER;
   if (version.dwPlatformId == VER_PLATFORM_WIN32_NT) return SHL_SYSTEM_NT;
   if (version.dwPlatformId == VER_PLATFORM_WIN32_WINDOWS && version.dwMajorVersion == 4)
     return version.dwMinorVersion >= 10 ? SHL_SYSTEM_98 : SHL_SYSTEM_95;
@@ -42,7 +52,7 @@ Flag shl_link_create(void) {
   link_object = nullptr;
   persist_file = nullptr;
   HRESULT result = CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
-                                    IID_IShellLinkA, (void **)&link_object);
+                                    IID_IShellLinkW, (void **)&link_object);
   if (FAILED(result)) link_object = nullptr;
   return link_object != nullptr;
 }
@@ -61,28 +71,32 @@ Flag shl_link_persist(void) {
 
 Flag shl_link_load(const char *link_file) {
   if (!persist_file || !link_file) return 0;
-  WCHAR wide[KX_PATH];
-  wide_name(link_file, wide, KX_PATH);
-  return SUCCEEDED(persist_file->Load(wide, 0));
+  Wide wide(link_file);
+  return wide.ok && SUCCEEDED(persist_file->Load(wide.text, 0));
 }
 
 Flag shl_link_set_path(const char *target) {
-  return link_object && target && SUCCEEDED(link_object->SetPath(target));
+  if (!link_object || !target) return 0;
+  Wide wide(target);
+  return wide.ok && SUCCEEDED(link_object->SetPath(wide.text));
 }
 
 Flag shl_link_set_description(const char *description) {
-  return link_object && description && SUCCEEDED(link_object->SetDescription(description));
+  if (!link_object || !description) return 0;
+  Wide wide(description);
+  return wide.ok && SUCCEEDED(link_object->SetDescription(wide.text));
 }
 
 Flag shl_link_set_working_directory(const char *directory) {
-  return link_object && directory && SUCCEEDED(link_object->SetWorkingDirectory(directory));
+  if (!link_object || !directory) return 0;
+  Wide wide(directory);
+  return wide.ok && SUCCEEDED(link_object->SetWorkingDirectory(wide.text));
 }
 
 Flag shl_link_save(const char *link_file) {
   if (!persist_file || !link_file) return 0;
-  WCHAR wide[KX_PATH];
-  wide_name(link_file, wide, KX_PATH);
-  return SUCCEEDED(persist_file->Save(wide, TRUE));
+  Wide wide(link_file);
+  return wide.ok && SUCCEEDED(persist_file->Save(wide.text, TRUE));
 }
 
 void shl_link_release(void) {
@@ -105,13 +119,13 @@ Flag shl_read_link(const char *link_file, char *target, char *description,
   if (shl_link_create() && shl_link_persist()) {
     if (shl_link_load(link_file)) {
       ok = 1;
-      if (target && FAILED(link_object->GetPath(target, KX_PATH, nullptr, SLGP_RAWPATH)))
-        target[0] = 0;
-      if (description && FAILED(link_object->GetDescription(description, KX_PATH)))
-        description[0] = 0;
-      if (working_directory &&
-          FAILED(link_object->GetWorkingDirectory(working_directory, KX_PATH)))
-        working_directory[0] = 0;
+      wchar_t wide[WTEXT_PATH];
+      if (target && SUCCEEDED(link_object->GetPath(wide, WTEXT_PATH, nullptr, SLGP_RAWPATH)))
+        back(wide, target);
+      if (description && SUCCEEDED(link_object->GetDescription(wide, WTEXT_PATH)))
+        back(wide, description);
+      if (working_directory && SUCCEEDED(link_object->GetWorkingDirectory(wide, WTEXT_PATH)))
+        back(wide, working_directory);
     }
     shl_link_release();
   }

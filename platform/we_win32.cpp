@@ -1,18 +1,14 @@
 // we_win32.cpp - the reporting module's platform half on Windows: the message box and the
 // thread's top-level windows.
 #include "platform/we_plat.h"
+#include "platform/wtext.h"
 
 #include <windows.h>
 
 // Our texts are Windows-1250 whatever the system's ANSI code page is, so the box gets them
 // converted explicitly to UTF-16 with code page 1250.
 static wchar_t *to_wide(const char *text, wchar_t *buffer, int size) {
-  int n = MultiByteToWideChar(1250, 0, text, -1, buffer, size);
-  if (n <= 0) {
-    // Too long for the buffer: convert what fits.
-    n = MultiByteToWideChar(1250, 0, text, size - 1, buffer, size - 1);
-    buffer[n > 0 ? n : 0] = 0;
-  }
+  wtext_in(text, buffer, (size_t)size);  // a text too long for the buffer: the part that fits
   return buffer;
 }
 

@@ -4,6 +4,7 @@
 
 #include "common/mm.h"
 #include "common/we.h"
+#include "platform/wtext.h"
 #include "toolkit/dres.h"
 #include "toolkit/wgd.h"
 
@@ -42,9 +43,6 @@ static int32_t modeless_code;
 // the create call; dialog_open then must not initialise it a second time).
 static Dialog *modeless_initialised;
 
-// Dialogs are ANSI windows where the system's ANSI code page is Windows-1250 (all our texts
-// are); elsewhere they are wide windows, and every text goes through explicit conversions.
-static bool ansi_dialogs() { return GetACP() == 1250; }
 
 // ---- Objects ---------------------------------------------------------------------------------
 
@@ -299,14 +297,10 @@ int32_t dialog_run(Dialog *dialog, const void *dialog_template) {
   }
   dialog->window = nullptr;
   dialog->awaiting_handle = 1;
-  // The ANSI call where the system's code page is ours; elsewhere the wide one, because the
-  // ANSI one hands the template's texts to the items through the system's ANSI code page,
-  // which loses every Czech letter when that is not 1250.
-  INT_PTR result =
-      ansi_dialogs() ? DialogBoxIndirectParamA((HINSTANCE)app->instance, (LPCDLGTEMPLATEA)tpl,
-                                               (HWND)dialog->parent, shared_procedure, 0)
-                     : DialogBoxIndirectParamW((HINSTANCE)app->instance, (LPCDLGTEMPLATEW)tpl,
-                                               (HWND)dialog->parent, shared_procedure, 0);
+  // Dialogs are wide windows whatever the system's ANSI code page is: every text goes to them
+  // and comes from them through explicit conversions from and to 1250.
+  INT_PTR result = DialogBoxIndirectParamW((HINSTANCE)app->instance, (LPCDLGTEMPLATEW)tpl,
+                                           (HWND)dialog->parent, shared_procedure, 0);
   dialog->awaiting_handle = 0;
   dialog->window = nullptr;
   if (!app_remove_dialog(app_current(), dialog)) {
@@ -340,11 +334,8 @@ Flag dialog_open(Dialog *dialog, const void *dialog_template) {
   dialog->awaiting_handle = 1;
   modeless_initialised = nullptr;
   modeless_code = 0;
-  HWND hwnd =
-      ansi_dialogs() ? CreateDialogIndirectParamA((HINSTANCE)app->instance, (LPCDLGTEMPLATEA)tpl,
-                                                  (HWND)dialog->parent, shared_procedure, 0)
-                     : CreateDialogIndirectParamW((HINSTANCE)app->instance, (LPCDLGTEMPLATEW)tpl,
-                                                  (HWND)dialog->parent, shared_procedure, 0);
+  HWND hwnd = CreateDialogIndirectParamW((HINSTANCE)app->instance, (LPCDLGTEMPLATEW)tpl,
+                                         (HWND)dialog->parent, shared_procedure, 0);
   dialog->awaiting_handle = 0;
   if (!hwnd) {
     if (app->modeless == dialog) app_set_modeless(app, nullptr);
@@ -393,14 +384,13 @@ static HWND item_window(Control *control);
 
 Flag dialog_window_set_text(void *window, const char *text) {
   if (!window || !text) return 0;
-  int n = MultiByteToWideChar(1250, 0, text, -1, nullptr, 0);
-  if (n <= 0) return 0;
+  int32_t n = wtext_units(text) + 1;
   wchar_t *wide = (wchar_t *)mm_zalloc(n * (int32_t)sizeof(wchar_t), MM_HERE);
   if (!wide) {
     OutOfMemoryError();
     return 0;
   }
-  MultiByteToWideChar(1250, 0, text, -1, wide, n);
+  wtext_in(text, wide, (size_t)n);
   Flag ok = SetWindowTextW((HWND)window, wide) ? 1 : 0;
   mm_free(wide, MM_HERE);
   return ok;
@@ -418,17 +408,11 @@ Flag dialog_window_get_text(void *window, char *buffer, int32_t size) {
     return 0;
   }
   GetWindowTextW((HWND)window, wide, length + 1);
-  int n = WideCharToMultiByte(1250, 0, wide, -1, buffer, size, nullptr, nullptr);
-  if (n <= 0) {  // too long: the part that fits, cut
-    int units = length;
-    while (units > 0 && (n = WideCharToMultiByte(1250, 0, wide, units, buffer, size - 1, nullptr,
-                                                 nullptr)) <= 0)
-      units--;
-    buffer[n > 0 ? n : 0] = 0;
-  }
-  buffer[size - 1] = 0;
+  // Too long: the part that fits, cut. A character that 1250 lacks: refused (0, "").
+  if (length > size - 1) wide[size - 1] = 0;
+  Flag ok = wtext_out(wide, buffer, (size_t)size);
   mm_free(wide, MM_HERE);
-  return 1;
+  return ok;
 }
 
 // ---- Window helpers --------------------------------------------------------------------------
@@ -557,14 +541,13 @@ Flag control_list_reset(Control *control) {
 Flag control_list_add(Control *control, const char *text) {
   HWND w = item_window(control);
   if (!w || !text) return 0;
-  int units = MultiByteToWideChar(1250, 0, text, -1, nullptr, 0);
-  if (units <= 0) return 0;
+  int32_t units = wtext_units(text) + 1;
   wchar_t *wide = (wchar_t *)mm_zalloc(units * (int32_t)sizeof(wchar_t), MM_HERE);
   if (!wide) {
     OutOfMemoryError();
     return 0;
   }
-  MultiByteToWideChar(1250, 0, text, -1, wide, units);
+  wtext_in(text, wide, (size_t)units);
   LRESULT n = SendMessageW(w, LB_ADDSTRING, 0, (LPARAM)wide);
   mm_free(wide, MM_HERE);
   return (n == LB_ERR || n == LB_ERRSPACE) ? 0 : 1;

@@ -7,6 +7,7 @@
 
 #include "common/mm.h"
 #include "common/we.h"
+#include "platform/wtext.h"
 
 #include <windows.h>
 #include <string.h>
@@ -61,9 +62,7 @@ static void set16(DialogTemplate *tpl, int32_t at, uint16_t v) {
 
 // Number of UTF-16 units of text (code page 1250) without the terminator.
 static int32_t wide_length(const char *text) {
-  if (!text || !*text) return 0;
-  int n = MultiByteToWideChar(1250, 0, text, -1, nullptr, 0);
-  return n > 0 ? n - 1 : 0;
+  return wtext_units(text);
 }
 
 // Appends text as a terminated UTF-16 string; the room is reserved by the caller.
@@ -71,7 +70,7 @@ static void put_text(DialogTemplate *tpl, const char *text, int32_t units) {
   if (units > 0) {
     wchar_t *wide = (wchar_t *)mm_zalloc((units + 1) * (int32_t)sizeof(wchar_t), MM_HERE);
     if (wide) {
-      MultiByteToWideChar(1250, 0, text, -1, wide, units + 1);
+      wtext_in(text, wide, (size_t)units + 1);
       for (int32_t i = 0; i < units; i++) put16(tpl, (uint16_t)wide[i]);
       mm_free(wide, MM_HERE);
     } else {

@@ -309,6 +309,7 @@ KX_INSTALL_TESTS(PreviousNotTakenOver)
 KX_INSTALL_TESTS(PreviousListOnly)
 KX_INSTALL_TESTS(HelpAbsent)
 KX_INSTALL_TESTS(MainProgramFails)
+KX_INSTALL_TESTS(CzechTarget)
 
 TEST(FreshPacked, ListIsPackedAndMultiDirectory) {
   Expect e = setting();

@@ -215,6 +215,24 @@ unix_of() { local p=${1#C:}; p=${p//\\//}; printf '%s%s' "$cdrive" "$p"; }
 
 # ---- scenarios ---------------------------------------------------------------------------
 
+# A target with Czech letters that code page 1252 lacks, installed under the ANSI code page 1250
+# and again in a fresh prefix under 1252 (an English Windows): the same names on disk, registry
+# values (read as UTF-16) and shortcuts both times.
+scenario_czech_target() {
+  local target='C:\Návrhové systémy\Věda\KORV5\' locale
+  make_payload "$sdir/payload"
+  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
+  for locale in cs_CZ.UTF-8 C.UTF-8; do  # C.UTF-8: code page 1252 (an English Windows)
+    fresh_prefix "prefix-$locale"
+    quick_launch_folder
+    LC_ALL=$locale robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" \
+      QUICK=checked TARGET="$target"
+    [ -d "$cdrive/Návrhové systémy/Věda/KORV5/EXE" ] || fail "$locale: no EXE directory under the Czech name"
+    setting "$target" "$sdir/payload" "$sdir/medium"
+    check CzechTarget
+  done
+}
+
 # 1. A packed medium in one flat directory, with desktop and quick-launch icons.
 scenario_fresh_packed() {
   make_payload "$sdir/payload"

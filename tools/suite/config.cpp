@@ -47,8 +47,11 @@ class ConfigWindow : public Dialog {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int, char **) {
+  int argc = 0;
+  char **argv = nullptr;
   questions_install();  // the toolkit's dialogs for questions and notices
+  startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   char own_path[KX_PATH];
   if (argc > 0 && plat_program_path(own_path, sizeof own_path)) argv[0] = own_path;
   startup_read_command_line(argc, argv);

@@ -71,8 +71,11 @@ int run_window(void) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int, char **) {
+  int argc = 0;
+  char **argv = nullptr;
   questions_install();  // the toolkit's dialogs for questions and notices
+  startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   // keep this: argument 0 is taken from the system, so that a start by a bare name (as a
   // process started with "KORV5.EXE $f") still knows the program's drive and directory.
   char own_path[KX_PATH];

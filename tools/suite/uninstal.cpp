@@ -6,7 +6,9 @@
 // Exit codes: 0 done, 1 list missing or unreadable, 2 the user said No, 3 some files could not
 // be deleted (uninst.h).
 #include "common/we.h"
+#include "installer/startup.h"
 #include "platform/inst_plat.h"
+#include "platform/wtext.h"
 #include "toolkit/questions.h"
 #include "tools/suite/uninst.h"
 
@@ -21,14 +23,15 @@ char own_program[KX_PATH];
 // The running program can't delete itself: it goes at the next start of Windows, and so does
 // its directory when that is empty by then.
 Flag delete_later(const char *path) {
-  if (lstrcmpiA(path, own_program) != 0) return 0;
-  if (!MoveFileExA(path, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT)) return 0;
-  char directory[KX_PATH];
-  lstrcpynA(directory, path, sizeof directory);
-  char *last = strrchr(directory, '\\');
+  wchar_t wide[WTEXT_PATH], own[WTEXT_PATH];
+  if (!wtext_in(path, wide, WTEXT_PATH) || !wtext_in(own_program, own, WTEXT_PATH) ||
+      lstrcmpiW(wide, own) != 0)
+    return 0;
+  if (!MoveFileExW(wide, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT)) return 0;
+  wchar_t *last = wcsrchr(wide, L'\\');
   if (last != nullptr) {
-    *last = '\0';
-    MoveFileExA(directory, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT);
+    *last = 0;
+    MoveFileExW(wide, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT);
   }
   return 1;
 }
@@ -48,8 +51,11 @@ Flag installation_root(const char *program, char *root) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int, char **) {
+  int argc = 0;
+  char **argv = nullptr;
   questions_install();  // the toolkit's dialogs for questions and notices
+  startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   Flag ask = 1;
   for (int i = 1; i < argc; i++)
     if (argv[i] != nullptr && (strcmp(argv[i], "-r") == 0 || strcmp(argv[i], "-R") == 0)) ask = 0;
