@@ -10,6 +10,8 @@
 #include "tests/toolkit/tk_watch.h"
 #include "toolkit/wgd.h"
 
+#include <windows.h>
+#include <commctrl.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -109,6 +111,10 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
     EXPECT_LE(size.right + room, r.right) << "item " << id << " cuts \"" << t.second << "\": " << size.right << " + "
                                           << room << " pixels in " << r.right;
     EXPECT_LE(size.bottom, r.bottom) << "item " << id << " is too low for its text";
+    // Buttons and boxes (common controls 6) also say what size their text and frame want.
+    SIZE ideal = {0, 0};
+    if (room >= 8 && SendMessageW(item, BCM_GETIDEALSIZE, 0, (LPARAM)&ideal))
+      EXPECT_LE(ideal.cx, r.right) << "item " << id << " wants " << ideal.cx << " pixels, has " << r.right;
   }
   EXPECT_EQ(0u, boxes.count()) << boxes.dump();
   dialog_end(dialog, 0);
