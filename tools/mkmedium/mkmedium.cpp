@@ -3,6 +3,7 @@
 // A console tool: its own messages and every error box of the libraries go to standard error,
 // one line each, in UTF-8; it exits with 0 on success, 1 when it refused or failed, 2 for a
 // wrong command line.
+#include "tools/mkmedium/listedit.h"
 #include "tools/mkmedium/medium.h"
 #include "tools/mkmedium/medium_plat.h"
 #include "tools/mkmedium/release.h"
@@ -22,6 +23,8 @@ static const char kHelp[] =
     "usage: mkmedium [options] SOURCE OUTPUT\n"
     "       mkmedium --list PATH\n"
     "       mkmedium --verify MEDIUM\n"
+    "       mkmedium --uninstall-list FILE\n"
+    "       mkmedium --edit LIST EDIT...\n"
     "\n"
     "Makes an installation medium of the directory tree SOURCE in the directory OUTPUT, which\n"
     "must be missing or empty: DISKLIST.LST, the stored files and the disk identification files\n"
@@ -50,6 +53,15 @@ static const char kHelp[] =
     "  --verify MEDIUM     check a medium before it goes out: a flat directory, DISK1, DISK2, ...,\n"
     "                      an ISO image or a directory of DISKn.IMG; one line per problem and a\n"
     "                      summary; exit 0 only when it installs without a question\n"
+    "  --uninstall-list FILE  print the records of the UNINST.LST file FILE, one a line: the\n"
+    "                      kind (0 file, 1 directory, 2 HKEY_CLASSES_ROOT key, 3 HKEY_LOCAL_MACHINE\n"
+    "                      key), a tab, the path\n"
+    "  --edit LIST EDIT... change fields of the DISKLIST.LST file LIST in place; EDIT is\n"
+    "                      FIELD=VALUE for the header (count, packed, text) or RECORD:FIELD=VALUE\n"
+    "                      for a file record (name, stored, directory, description, size, disk\n"
+    "                      counted from 1); RECORD is an installed name, #N (from 1) or last. Texts\n"
+    "                      are UTF-8 with \\xHH for the byte HH; a text as long as its whole field\n"
+    "                      (17 bytes a name, 82 a description) leaves no terminating zero\n"
     "  --help              this text\n"
     "\n"
     "The tree: the files of the target directory, and subdirectories holding the files of one\n"
@@ -147,6 +159,10 @@ int main(int argc, char **argv) {
     } else if (strcmp(a, "--help") == 0 || strcmp(a, "-h") == 0) {
       fputs(kHelp, stdout);
       return 0;
+    } else if (strcmp(a, "--edit") == 0) {
+      return medium_edit_main(argc - i - 1, argv + i + 1);
+    } else if (strcmp(a, "--uninstall-list") == 0) {
+      return medium_uninstall_list_main(argc - i - 1, argv + i + 1);
     } else if (strcmp(a, "--packed") == 0) {
       options.packed = 1;
     } else if (strcmp(a, "--plain") == 0) {
