@@ -10,6 +10,13 @@
 #include <stdlib.h>
 #include <string.h>
 
+static Flag edit_number(const char *value, unsigned long most, unsigned long *number) {
+  char *end = nullptr;
+  if (!*value || *value == '-') return 0;
+  *number = strtoul(value, &end, 10);
+  return !*end && *number <= most;
+}
+
 int medium_uninstall_list_main(int argc, char **argv) {
   if (argc != 1) {
     fputs("mkmedium: --uninstall-list wants one FILE (see mkmedium --help)\n", stderr);
@@ -39,6 +46,49 @@ int medium_uninstall_list_main(int argc, char **argv) {
     return 1;
   }
   return 0;
+}
+
+int medium_uninstall_write_main(int argc, char **argv) {
+  if (argc != 1) {
+    fputs("mkmedium: --uninstall-write wants one FILE (see mkmedium --help)\n", stderr);
+    return 2;
+  }
+  // The records are checked whole before the file is touched: kept as bytes in a temporary file.
+  FILE *records = tmpfile();
+  static char line[ILST_UNINSTALL_PATH_FIELD * 3 + 16];
+  static unsigned char bytes[ILST_UNINSTALL_SIZE];
+  long number = 0;
+  int rc = records ? 0 : 1;
+  while (rc == 0 && fgets(line, sizeof line, stdin)) {
+    number++;
+    size_t n = strcspn(line, "\r\n");
+    line[n] = 0;
+    char *tab = strchr(line, '\t');
+    unsigned long kind = 0;
+    UninstallRecord r;
+    if (tab) *tab = 0;
+    if (!tab || !edit_number(line, 0xFFFF, &kind) ||
+        medium_utf8_to_cp1250(tab + 1, r.path, sizeof r.path, nullptr) != MEDIUM_TEXT_OK) {
+      fprintf(stderr, "mkmedium: line %ld: not KIND<tab>PATH, or the path does not fit a record\n", number);
+      rc = 2;
+      break;
+    }
+    r.kind = (uint16_t)kind;
+    ilst_encode_uninstall(&r, bytes);
+    if (fwrite(bytes, 1, sizeof bytes, records) != sizeof bytes) rc = 1;
+  }
+  FILE *out = rc == 0 ? fopen(argv[0], "wb") : nullptr;
+  if (out) {
+    rewind(records);
+    while (rc == 0 && fread(bytes, 1, sizeof bytes, records) == sizeof bytes)
+      if (fwrite(bytes, 1, sizeof bytes, out) != sizeof bytes) rc = 1;
+    if (fclose(out) != 0) rc = 1;
+  } else if (rc == 0) {
+    rc = 1;
+  }
+  if (rc == 1) fprintf(stderr, "mkmedium: cannot write %s\n", argv[0]);
+  if (records) fclose(records);
+  return rc;
 }
 
 // ---- editing DISKLIST.LST ----------------------------------------------------------------
@@ -73,13 +123,6 @@ static Flag edit_text(const char *value, char *out, size_t size, size_t *length)
   }
   *length = n;
   return 1;
-}
-
-static Flag edit_number(const char *value, unsigned long most, unsigned long *number) {
-  char *end = nullptr;
-  if (!*value || *value == '-') return 0;
-  *number = strtoul(value, &end, 10);
-  return !*end && *number <= most;
 }
 
 // Writes a text of length bytes into the field at bytes + at: the rest of the field zero.

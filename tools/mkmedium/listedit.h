@@ -8,6 +8,11 @@
 //     path. Exit 0; 1 when the file cannot be read or ends in part of a record (the whole
 //     records are printed first, the fault goes to standard error).
 //
+//   mkmedium --uninstall-write FILE
+//     writes FILE anew from lines of that form read from standard input (a trimmed or repaired
+//     list). Exit 0; 1 when FILE cannot be written, 2 for a line of another form or a path
+//     longer than a record holds (nothing is written then).
+//
 //   mkmedium --edit LIST EDIT...
 //     changes fields of the DISKLIST.LST file LIST, the edits in the order given:
 //       FIELD=VALUE            a field of the header: count, packed (numbers), text
@@ -24,6 +29,7 @@
 #define KX_MEDIUM_LISTEDIT_H
 
 int medium_uninstall_list_main(int argc, char **argv);  // argv: FILE
+int medium_uninstall_write_main(int argc, char **argv); // argv: FILE
 int medium_edit_main(int argc, char **argv);            // argv: LIST EDIT...
 
 #endif

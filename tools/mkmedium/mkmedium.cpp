@@ -24,6 +24,7 @@ static const char kHelp[] =
     "       mkmedium --list PATH\n"
     "       mkmedium --verify MEDIUM\n"
     "       mkmedium --uninstall-list FILE\n"
+    "       mkmedium --uninstall-write FILE < RECORDS\n"
     "       mkmedium --edit LIST EDIT...\n"
     "\n"
     "Makes an installation medium of the directory tree SOURCE in the directory OUTPUT, which\n"
@@ -56,6 +57,7 @@ static const char kHelp[] =
     "  --uninstall-list FILE  print the records of the UNINST.LST file FILE, one a line: the\n"
     "                      kind (0 file, 1 directory, 2 HKEY_CLASSES_ROOT key, 3 HKEY_LOCAL_MACHINE\n"
     "                      key), a tab, the path\n"
+    "  --uninstall-write FILE  write FILE anew from such lines on standard input\n"
     "  --edit LIST EDIT... change fields of the DISKLIST.LST file LIST in place; EDIT is\n"
     "                      FIELD=VALUE for the header (count, packed, text) or RECORD:FIELD=VALUE\n"
     "                      for a file record (name, stored, directory, description, size, disk\n"
@@ -163,6 +165,8 @@ int main(int argc, char **argv) {
       return medium_edit_main(argc - i - 1, argv + i + 1);
     } else if (strcmp(a, "--uninstall-list") == 0) {
       return medium_uninstall_list_main(argc - i - 1, argv + i + 1);
+    } else if (strcmp(a, "--uninstall-write") == 0) {
+      return medium_uninstall_write_main(argc - i - 1, argv + i + 1);
     } else if (strcmp(a, "--packed") == 0) {
       options.packed = 1;
     } else if (strcmp(a, "--plain") == 0) {
