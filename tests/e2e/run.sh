@@ -1,17 +1,33 @@
 #!/usr/bin/env bash
-# run.sh SCENARIO - one end-to-end scenario of the installer under Wine.
-# run.sh --prefix   - makes the pristine prefix that every scenario starts from (CTest runs this
-#                     once per test run, as the fixture E2E.Prefix).
+# run.sh SCENARIO  - one end-to-end scenario of the installer under Wine: the rows of the table
+#                    below whose first column is SCENARIO, in order.
+# run.sh --prefix  - makes the pristine prefix that every scenario copies (CTest runs it once per
+#                    test run, as the fixture E2E.Prefix).
+# run.sh --list    - the scenarios' names.
 #
-# A scenario builds its payload and medium with the native mkmedium, takes a fresh copy of the
-# pristine prefix, drives SETUP.EXE on the medium with kxrobot (tests/e2e/*.kxr), and runs the
-# checks (kx_e2e_check --gtest_filter=SUITE.*). Several SETUP runs may follow each other in one
-# scenario. Everything lands in WORK/SCENARIO (the robot's logs, media, prefixes); the exit code
-# is the number of failed steps (0: passed).
+# A row is one run of a program under Wine, in the columns
+#   scenario | medium | prefix | prep | robot | exit | checks
+#   medium   a medium made with the native mkmedium: a payload (the payload_NAME function below)
+#            and mkmedium's options ("bare": no README.TXT and no descriptions); "demo" the demo
+#            medium; "=" or "-" the row before's. Sets P (payload), M (medium), M1 (its first
+#            disk), SRC (the source field's text for M1).
+#   prefix   "quick" a fresh copy of the pristine prefix with a quick-launch folder, "plain"
+#            one without, "-" the running one. Sets QUICK/QUICKBOX (what the dialog's
+#            quick-launch box shows at the start and after a failure) and KX_E2E_QUICK.
+#   prep     shell commands (the damages to apply, files to put in place), or "-".
+#   robot    PIECE+PIECE... [NAME=VALUE]...: the robot script made of tests/e2e/PIECE.kxr (@PIECE:
+#            $sdir/PIECE.kxr, made by prep), with SETUP, SOURCE, TARGET, UNINSTAL, QUICK,
+#            QUICKBOX, URL and the NAME=VALUE given (also set as shell variables for the checks);
+#            or !PROGRAM ARGS...: the program run under Wine directly.
+#   exit     the exit code expected of the robot or program.
+#   checks   items separated by ";": a shell check below (lower case), or SUITE... [NAME=VALUE]...:
+#            the suites of kx_e2e_check with KX_E2E_NAME=VALUE (check_lib.h) in its environment.
+# prep, robot and checks are evaluated by the shell when the row runs (quote values with blanks).
 #
-# Environment: KX_E2E_WIN the Windows build directory (default build/e2e-win), KX_E2E_MKMEDIUM
-# the native mkmedium (default: build/host, build/e2e-host), KX_E2E_WORK the work directory
-# (default WIN/tests/e2e), DISPLAY an X display to use (else an Xvfb of our own).
+# Everything lands in WORK/SCENARIO; a passed scenario keeps its logs only. The exit code is 0
+# when every step passed. Environment: KX_E2E_WIN the Windows build directory (default
+# build/e2e-win), KX_E2E_MKMEDIUM the native mkmedium (default: build/host), KX_E2E_WORK the work
+# directory (default WIN/tests/e2e), DISPLAY (or KX_DISPLAY) an X display to use.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
@@ -21,118 +37,194 @@ robot_exe=$win/tools/kxrobot.exe
 check_exe=$win/tests/e2e/kx_e2e_check.exe
 setup_exe=$win/installer/SETUP.exe
 mkmedium=${KX_E2E_MKMEDIUM:-}
-if [ -z "$mkmedium" ]; then
-  for m in "$root/build/host/tools/mkmedium" "$root/build/e2e-host/tools/mkmedium"; do
-    [ -x "$m" ] && mkmedium=$m && break
-  done
-fi
-
-export LC_ALL=cs_CZ.UTF-8 WINEDEBUG=-all WINEARCH=win32
-# No Mono or Gecko, and no menu entries in the host's desktop for the shortcuts we make.
-export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
-# Robot scripts read these through ${NAME} as well.
+for m in "$root/build/host/tools/mkmedium" "$root/build/e2e-host/tools/mkmedium"; do
+  [ -n "$mkmedium" ] || { [ -x "$m" ] && mkmedium=$m; }
+done
+source "$root/cmake/wine-env.sh"
+export KX_DISPLAY=${KX_DISPLAY:-${DISPLAY:-}}
 export TITLE="Instalace návrhového systému pro elektroniku KORVEX"
+
+scenarios() {
+  cat <<'EOF'
+fresh_packed   | full --flat --packed --level 9 | quick | - | open+install+target+done | 0 | Install
+fresh_plain    | full --flat --plain | plain | - | open+install+target+done | 0 | Install
+# Floppies: the source directory holds one disk at a time, the robot changes them.
+floppies       | floppies --packed --capacity $(capacity 1600000) | quick | floppy_disks
+               | open+floppies+@disks+done SETUP="$sdir/setup/SETUP.EXE" FLOPPY="$FLOPPY" DISKS="$(winpath "$M")" | 0 | Install
+missing_file   | full --flat --plain | quick | rm "$M/DATA.BIN"
+               | open+target+missing+done MISSING="${SRC}DATA.BIN" ANSWER='&Ano' | 0 | Install SKIP=DATA.BIN
+missing_file   | = | plain | - | open+target+missing+failed MISSING="${SRC}DATA.BIN" ANSWER='&Ne' | 0 | Stopped STOP=DATA.BIN INSTLIST=lines
+alternatives   | alternatives --flat --packed | quick | - | open+install+target+done | 0 | Install
+existing       | large --flat --packed --level 1 | quick | old_file | open+target+overwrite_no+failed | 0 | Stopped INSTLIST=none FOREIGN=DATA.BIN EXISTING=DATA.BIN
+existing       | = | quick | old_file | open+target+abort+failed | 0 | Abort
+# The space check on a drive D: of its own: one cluster short, then exactly enough.
+disk_space     | - | quick | space short | open+target+box+failed TARGET='D:\KORV5\' BOX="Málo místa na disku, je třeba $NEED B" | 0 | Stopped INSTLIST=none
+disk_space     | - | quick | space enough | open+install+target+done TARGET='D:\KORV5\' | 0 | Install
+# An earlier installation in the target: UNINST.LST alone is none; then a complete one.
+previous       | full --flat --packed | quick | old_list | open+install+target+done | 0 | Install APPENDED=1 SAVED="$(winpath "$sdir/old.lst")"
+previous       | = | - | other_libraries | open+target+previous+take+overwrite+done REMOVE='&Ano' TAKE='&Ano' | 0 | Install LIBROOT='E:\JINAM\' NAVRHY='E:\JINAM\Navrhy'
+previous       | = | - | - | open+target+previous+take+overwrite+done REMOVE='&Ano' TAKE='&Ne' | 0 | Install
+previous       | = | - | cp "$C/KORV5/UNINST.LST" "$sdir/kept.lst" | open+target+previous+failed REMOVE='&Ne' | 0 | PreviousKept SAVED="$(winpath "$sdir/kept.lst")"
+previous       | = | - | cp "$win/tests/e2e/kx_e2e_stub1.exe" "$C/KORV5/EXE/UNINSTAL.EXE"
+               | open+target+previous+take+box+failed REMOVE='&Ano' TAKE='&Ne' BOX="Chyba při spuštění odinstalačního programu KORVEX" | 0 | PreviousKept Ran SAVED="$(winpath "$sdir/kept.lst")" RAN='EXE\UNINSTAL.EXE' ARGS=-r
+bad_target     | full --flat --plain | plain | rm -f "$WINEPREFIX/dosdevices/q:" | open+bad_target+failed | 0 | absent 'C:\KORV5'
+# HTML Help turned off for the run: with and without the help package; a main program that
+# ends with 1 on "$f".
+html_help      | full --flat --packed | quick | hhctrl d | open+target+help_notice+done TARGET='C:\A\KORV5\' NOTICE="$help_missing" | 0 | Install
+html_help      | helppack --flat --packed | - | - | open+target+help+help_notice+done TARGET='C:\B\KORV5\' HELP='&Ne' NOTICE="$help_later" | 0 | -
+html_help      | = | - | - | open+target+help+done TARGET='C:\C\KORV5\' HELP='&Ano' | 0 | Install Ran RAN='hhlppack\hhupd.exe'
+html_help      | mainfails --flat --packed | - | hhctrl b | open+target+main_fails+done TARGET='C:\D\KORV5\' | 0 | Install Ran PFU=0 RAN='EXE\KORV5.EXE' ARGS='$f'
+uninstall      | full --flat --packed | quick | - | open+install+target+done | 0 | -
+uninstall      | = | - | design | uninstall | 0 | restart; Removed SAVED="$(winpath "$sdir/installed.lst")" DESIGN=MUJ.D32
+# Bad media: lists shorter than their header, records that would leave the target, all in
+# one run of SETUP; then stored files that are garbage, cut short, empty, a directory; a bad
+# disk file; a count past the records.
+badmedia       | small --flat --plain | plain | badmedia_script | open+@badmedia | 0 | badmedia_untouched
+badmedia_packed | full --flat --packed | quick | variant 1; head -c 5000 /dev/urandom >"$M/$DATA"
+               | open+target+box+done TARGET='C:\P1\' BOX="$unzip_error" | 0 | absent 'C:\P1\DATA.BIN'; recorded 'C:\P1\'
+badmedia_packed | = | - | variant 2; head -c 1000 "$BASE/$DATA" >"$M/$DATA"
+               | open+target+box+done TARGET='C:\P2\' BOX="$unzip_short" | 0 | absent 'C:\P2\DATA.BIN'; recorded 'C:\P2\'
+badmedia_packed | = | - | variant 3; : >"$M/$DATA" | open+target+box+done TARGET='C:\P3\' BOX="$unzip_short" | 0 | absent 'C:\P3\DATA.BIN'; recorded 'C:\P3\'
+badmedia_packed | = | - | variant 4; rm "$M/$DATA"; mkdir "$M/$DATA"
+               | open+target+box+box2+failed TARGET='C:\P4\' BOX="Nelze otevřít soubor $SRC$DATA" BOX2="Chyba při kopírování souboru $SRC$DATA" | 0 | absent 'C:\P4\DATA.BIN'; recorded 'C:\P4\'
+badmedia_packed | = | - | variant 5; printf 'DISK: 1\r\n\001\377 smeti\r\n' >"$M/A.KORV"
+               | open+target+box+failed TARGET='C:\P5\' BOX="Neznámé klíčové slovo v souboru ${SRC}A.KORV" | 0 | absent 'C:\P5\DATA.BIN'; recorded 'C:\P5\'
+badmedia_packed | = | - | variant 6; edit count=$(($(list_count "$M") + 50))
+               | open+target+done TARGET='C:\P6\' | 0 | present 'C:\P6\DATA.BIN' 'C:\P6\EXE\KORV5.EXE'; recorded 'C:\P6\'
+# Bad inputs: fields without their zero, refused records, a decompression bomb, an earlier
+# SYSTEM.WCO that is no configuration file.
+badinput       | names --flat --plain bare | quick | names_damage | open+target+done | 0 | Install
+badinput       | refused --flat --plain bare | plain | refused_script | open+@refused | 0 | refused_untouched
+badinput       | bomb --flat --packed bare | quick | bomb | open+target+box+done BOX="$unzip_short" | 0 | Bomb SAVED="$(winpath "$sdir/petkrat.plain")"; recorded 'C:\KORV5\'
+badinput       | wco --flat --packed bare | quick | earlier random | open+target+previous+overwrite+done REMOVE='&Ano' TARGET='C:\W-random\' | 0 | Install Ran RAN='EXE\UNINSTAL.EXE' ARGS=-r
+badinput       | = | - | earlier longline | open+target+previous+overwrite+done REMOVE='&Ano' TARGET='C:\W-longline\' | 0 | Install Ran RAN='EXE\UNINSTAL.EXE' ARGS=-r
+badinput       | = | - | earlier empty | open+target+previous+overwrite+done REMOVE='&Ano' TARGET='C:\W-empty\' | 0 | Install Ran RAN='EXE\UNINSTAL.EXE' ARGS=-r
+badinput       | = | - | earlier outside | open+target+previous+overwrite+done REMOVE='&Ano' TARGET='C:\W-outside\' | 0 | Install Ran RAN='EXE\UNINSTAL.EXE' ARGS=-r
+# Faults: D: (a tmpfs of 8 MB) fills up in a copy of a file declared small, plain and packed;
+# a read-only drive E:, a read-only directory in D:; the source disk taken away, or cut. Each
+# partial install is then taken away by its uninstaller.
+faults         | big --flat --plain | plain | drives; edit VELKY.BIN:size=1000
+               | open+source+target+faults_plain+failed TARGET='D:\KORV5\' | 0 | Stopped FaultCut STOP=VELKY.BIN AHEAD=VELKY.BIN INSTLIST=any CUT=VELKY.BIN
+faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED"
+faults         | zeros --flat --packed | - | drives clear; edit VELKY.BIN:size=1000
+               | open+source+target+faults_packed+failed TARGET='D:\KORV5\' | 0 | Stopped STOP=VELKY.BIN AHEAD='VELKY.BI_,VELKY.BIN,ZBYTEK.TX_' INSTLIST=any
+faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED"
+faults         | slib --flat --plain | - | drives readonly | open+source+target+box+failed TARGET='E:\KORV5\' BOX='Nelze vytvořit adresář KORV5 na disku E:\KORV5\' | 0 | untouched "$sdir/drive-e"
+faults         | = | - | drives clear; readonly_slib
+               | open+source+target+box+box2+failed TARGET='D:\KORV5\' BOX="Nelze otevřít soubor D:\KORV5\SLIB\\${first[0]}" BOX2="Chyba při kopírování souboru $SRC${first[1]}" | 0 | Stopped STOP="${first[0]}" INSTLIST=lines FOREIGN=SLIB
+faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED" FOREIGN=SLIB
+faults         | disks --packed --capacity $(capacity 450000) | - | floppy_source gone
+               | open+source+target+faults_gone+failed SETUP="$sdir/setup/SETUP.EXE" SOURCE="$FLOPPY" FLOPPY="$FLOPPY" TARGET='C:\Fgone\' | 0 | Stopped STOP="${second[0]}" INSTLIST=lines
+faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED"
+faults         | = | - | floppy_source cut
+               | open+source+target+faults_cut+failed SETUP="$sdir/setup/SETUP.EXE" SOURCE="$FLOPPY" FLOPPY="$FLOPPY" TARGET='C:\Fcut\' SECOND="${second[1]}" DISKS="$(winpath "$M")" | 0 | Stopped STOP="${second[0]}" INSTLIST=lines
+faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED"
+# The round trip: the prefix after install, a saved design and the uninstall equals the one
+# before but for the design.
+roundtrip      | demo | quick | snapshot before | open+install+target+done | 0 | design; snapshot installed; compare installed 1
+roundtrip      | - | - | - | uninstall | 0 | restart; snapshot after; compare after 0
+# The guarded memory mode over a whole install: the log MMBIN.MM in the current directory.
+guarded_memory | full --flat --packed | quick | memory_script | @open_m+install+target+done | 0 | present 'C:\KORV5\EXE\KORV5.EXE'; memory_log; MemoryLog SAVED="$(winpath "$sdir/cwd/MMBIN.MM")"
+EOF
+}
+
+help_missing="Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat aplikaci HTML HELP (Microsoft). "
+help_later="Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). "
+unzip_error="Komprese/dekomprese dat - chyba ve vstupních datech"
+unzip_short="Komprese/dekomprese dat - nepostačující buffer"
+bad_list="Chybná cesta/soubor nenalezen: DISKLIST.LST"
+bad_record="Chybný záznam v seznamu souborů: "
 
 failures=0
 step=0
-xvfb_pid=""
-
+cleanups=()
 say() { printf '%s\n' "$*"; }
 fail() { say "E2E FAILED: $*"; failures=$((failures + 1)); }
 winpath() { local p=$1; p=${p//\//\\}; printf 'Z:%s' "$p"; }
-
-# ---- Wine --------------------------------------------------------------------------------
-
-display_up() {
-  [ -n "${DISPLAY:-}" ] && return 0
-  local n=120
-  while [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ]; do n=$((n + 1)); done
-  Xvfb ":$n" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
-  xvfb_pid=$!
-  export DISPLAY=":$n"
-  for _ in $(seq 1 100); do [ -e "/tmp/.X11-unix/X$n" ] && return 0; sleep 0.1; done
-  say "run.sh: Xvfb did not start on :$n"
-  return 1
-}
-
-wine_down() {
-  [ -n "${WINEPREFIX:-}" ] && wineserver -k >/dev/null 2>&1 </dev/null
-  return 0
-}
-
-wine_up() {
-  export WINEPREFIX=$1
-  wineserver -p >/dev/null 2>&1 </dev/null
-  wine cmd /c exit >/dev/null 2>&1 </dev/null
-}
-
-mounted=""
+# The source field shows the program's own directory, upper-cased, with a trailing "\".
+source_of() { printf '%s\\' "$(winpath "$1" | tr 'a-z' 'A-Z')"; }
+# unix_of C:\X\Y: the path in the running prefix.
+unix_of() { local p=${1#?:}; p=${p//\\//}; printf '%s/dosdevices/%s%s' "$WINEPREFIX" "$(printf '%s' "${1:0:1}" | tr 'A-Z' 'a-z'):" "$p"; }
+trim() { local v=$2; v=${v#"${v%%[![:space:]]*}"}; printf -v "$1" '%s' "${v%"${v##*[![:space:]]}"}"; }
 
 cleanup() {
-  wine_down
-  if [ -n "$mounted" ]; then umount "$mounted" 2>/dev/null || umount -l "$mounted"; fi
-  if [ -n "$xvfb_pid" ]; then kill "$xvfb_pid" 2>/dev/null; wait "$xvfb_pid" 2>/dev/null; fi
+  wine_env_down
+  local i
+  for ((i = ${#cleanups[@]} - 1; i >= 0; i--)); do eval "${cleanups[i]}"; done
+  cleanups=()
+  wine_env_stop
 }
 trap cleanup EXIT
 
-make_pristine() {
-  local p=$work/pristine
-  mkdir -p "$work"
-  rm -rf "$p"
-  export WINEPREFIX=$p
-  wineserver -p >/dev/null 2>&1 </dev/null
-  wineboot -i >/dev/null 2>&1 </dev/null
-  # No window manager on Xvfb: Wine manages its windows itself.
-  wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 </dev/null
-  wine_down
-  # The user's folders (Desktop, Documents, ...) are links into the home directory: make them
-  # plain directories, so that shortcuts stay inside the prefix.
-  local l
-  for l in "$p"/drive_c/users/*/*; do
-    if [ -L "$l" ]; then rm -f "$l" && mkdir -p "$l"; fi
-  done
-  [ -f "$p/system.reg" ] || { say "run.sh: the prefix was not made"; return 1; }
+# ---- payloads and media ----------------------------------------------------------------------
+
+programs() {
+  mkdir -p "$1/EXE"
+  local p
+  for p in KORV5 CONFIG UNINSTAL; do cp "$win/tools/$p.exe" "$1/EXE/$p.EXE"; done
 }
 
-# fresh_prefix NAME: a copy of the pristine prefix as the running prefix. The system directory,
-# most of a prefix's size, is hard-linked: nothing we run writes there, and a scenario costs a
-# few megabytes of disk instead of some hundreds.
-fresh_prefix() {
-  wine_down
-  local p=$sdir/$1 sys=drive_c/windows/system32
-  rm -rf "$p"
-  mkdir -p "$p"
-  tar -C "$work/pristine" --exclude="./$sys" -cf - . | tar -C "$p" -xf -
-  cp -al "$work/pristine/$sys" "$p/$sys"
-  wine_up "$p"
-  cdrive=$p/drive_c
-  appdata=$(ls -d "$cdrive"/users/*/AppData/Roaming | grep -v /Public/ | head -1)
+# The installed tree: the suite's programs, libraries in subdirectories, files in the target
+# directory (random binary, an empty one, one of exactly 4096 bytes).
+payload_full() {
+  programs "$1"
+  cp -r "$root"/tools/demo/payload/{SLIB,LLIB,MLIB,ELIB} "$1/"
+  head -c 300000 /dev/urandom >"$1/DATA.BIN"
+  head -c 4096 /dev/zero | tr '\0' 'K' >"$1/CLUSTER.BIN"
+  : >"$1/PRÁZDNÝ.TXT"
+}
+# The real main program with a tail of its own, so that each copy can be told apart and runs.
+payload_alternatives() {
+  payload_full "$1"
+  { cat "$win/tools/KORV5.exe"; printf 'KVWALL'; } >"$1/EXE/KVWALL.EXE"
+  { cat "$win/tools/KORV5.exe"; printf 'kvwpp'; } >"$1/EXE/kvwpp.exe"
+}
+payload_large() {
+  payload_full "$1"
+  local i
+  for i in $(seq -w 1 40); do head -c 1500000 /dev/urandom >"$1/SLIB/VELKY$i.S32"; done
+}
+payload_floppies() {
+  payload_full "$1"
+  local i
+  for i in 1 2 3; do head -c 1500000 /dev/urandom >"$1/MLIB/VELKY$i.LIB"; done
+}
+payload_helppack() { payload_full "$1" && mkdir -p "$1/hhlppack" && cp "$win/tests/e2e/kx_e2e_stub0.exe" "$1/hhlppack/hhupd.exe"; }
+payload_mainfails() { payload_full "$1" && cp "$win/tests/e2e/kx_e2e_stub1.exe" "$1/EXE/KORV5.EXE"; }
+payload_small() {
+  mkdir -p "$1/SUB"
+  printf 'soubor A\r\n' >"$1/A.TXT"
+  printf 'soubor B\r\n' >"$1/B.TXT"
+  printf 'soubor C\r\n' >"$1/SUB/C.TXT"
+}
+payload_names() {
+  programs "$1"
+  mkdir -p "$1/ADRESAR_BEZ_NULY"
+  printf 'jmeno bez nuly\r\n' >"$1/JMENO_BEZ_NULY.T"
+  printf 'ulozene jmeno bez nuly\r\n' >"$1/ULOZENY_SOUBOR.B"
+  printf 'adresar bez nuly\r\n' >"$1/ADRESAR_BEZ_NULY/SOUBOR.TXT"
+  printf 'popis bez nuly\r\n' >"$1/POPIS.TXT"
+  printf 'ridici znaky v popisu\r\n' >"$1/RIDICI.TXT"
+}
+payload_refused() { programs "$1" && payload_small "$1" && rm "$1/B.TXT"; }
+payload_bomb() { programs "$1" && head -c 20000 /dev/urandom >"$1/BOMBA.BIN" && head -c 20000 /dev/urandom >"$1/PETKRAT.BIN"; }
+payload_wco() { programs "$1" && printf 'soubor\r\n' >"$1/A.TXT"; }
+payload_big() { programs "$1" && head -c 12000000 /dev/urandom >"$1/VELKY.BIN" && printf 'zbytek\r\n' >"$1/ZBYTEK.TXT"; }
+payload_zeros() { programs "$1" && head -c 12000000 /dev/zero >"$1/VELKY.BIN" && printf 'zbytek\r\n' >"$1/ZBYTEK.TXT"; }
+payload_slib() {
+  programs "$1" && rm "$1/EXE/CONFIG.EXE"
+  mkdir -p "$1/SLIB" && cp "$root"/tools/demo/payload/SLIB/* "$1/SLIB/" && printf 'data\r\n' >"$1/DATA.TXT"
+}
+payload_disks() {
+  programs "$1" && rm "$1/EXE/CONFIG.EXE"
+  head -c 400000 /dev/urandom >"$1/VELKY1.BIN" && head -c 400000 /dev/urandom >"$1/VELKY2.BIN"
 }
 
-quick_launch_folder() { mkdir -p "$appdata/Microsoft/Internet Explorer/Quick Launch"; }
+# capacity BYTES: a disk that holds SETUP.EXE and BYTES more.
+capacity() { echo $(($(stat -c %s "$setup_exe") + $1)); }
 
-# ---- media -------------------------------------------------------------------------------
-
-# make_payload DIR: the installed tree: the suite's programs, libraries in subdirectories,
-# files in the target directory (random binary, an empty one, one of exactly 4096 bytes).
-make_payload() {
-  local d=$1
-  mkdir -p "$d/EXE" "$d/SLIB" "$d/LLIB" "$d/MLIB" "$d/ELIB"
-  cp "$win/tools/KORV5.exe" "$d/EXE/KORV5.EXE"
-  cp "$win/tools/CONFIG.exe" "$d/EXE/CONFIG.EXE"
-  cp "$win/tools/UNINSTAL.exe" "$d/EXE/UNINSTAL.EXE"
-  cp "$root"/tools/demo/payload/SLIB/* "$d/SLIB/"
-  cp "$root"/tools/demo/payload/LLIB/* "$d/LLIB/"
-  cp "$root"/tools/demo/payload/MLIB/* "$d/MLIB/"
-  cp "$root"/tools/demo/payload/ELIB/* "$d/ELIB/"
-  head -c 300000 /dev/urandom >"$d/DATA.BIN"
-  head -c 4096 /dev/zero | tr '\0' 'K' >"$d/CLUSTER.BIN"
-  : >"$d/PRÁZDNÝ.TXT"
-}
-
-# write_descriptions FILE PAYLOAD: the descriptions of the payload's files (mkmedium refuses a
-# line for a file that is not there).
-write_descriptions() {
+# The descriptions of the payload's files (mkmedium refuses a line for a file that is not there).
+descriptions() {
   local path text
   while IFS=$'\t' read -r path text; do
     [ -f "$2/${path//\\//}" ] && printf '%s\t%s\n' "$path" "$text"
@@ -151,685 +243,511 @@ hhlppack\hhupd.exe	Instalace HTML Help
 EOF
 }
 
-# make_medium PAYLOAD OUT [mkmedium options]: a medium with README.TXT and SETUP.EXE, checked.
-make_medium() {
-  local payload=$1 out=$2
-  shift 2
-  write_descriptions "$sdir/popisy.txt" "$payload"
-  iconv -f UTF-8 -t CP1250 "$root/tools/demo/README.TXT" | sed 's/$/\r/' >"$sdir/README.TXT"
-  rm -rf "$out"
-  if ! "$mkmedium" --readme "$sdir/README.TXT" --setup "$setup_exe" --descriptions "$sdir/popisy.txt" \
-      "$@" "$payload" "$out" >"$out.log" 2>&1; then
-    cat "$out.log"
-    fail "mkmedium $*"
-    return 1
-  fi
-  # Every medium made here must pass the builder's own check before a scenario damages it.
-  "$mkmedium" --verify "$out" >>"$out.log" 2>&1 || { cat "$out.log"; fail "mkmedium --verify $out"; return 1; }
-}
-
-# ---- robot and checks --------------------------------------------------------------------
-
-# robot SCRIPT [NAME=VALUE]...: runs tests/e2e/SCRIPT.kxr.
-robot() {
-  local script=$1
+# medium RECIPE: the row's medium (see the table's head).
+media=0
+medium() {
+  media=$((media + 1))
+  P=$sdir/payload$media M=$sdir/medium$media
+  local kind options=() bare=0 w
+  eval "set -- $1"
+  kind=$1
   shift
-  step=$((step + 1))
-  local file=$here/$script.kxr
-  case $script in */*) file=$script; script=$(basename "$script" .kxr) ;; esac
-  local log=$sdir/$step-robot-$script.txt
-  say "== $step: robot $script $*"
-  wine "$robot_exe" --timeout 30 "$file" "$@" >"$log" 2>&1 </dev/null
-  local rc=$?
+  for w in "$@"; do if [ "$w" = bare ]; then bare=1; else options+=("$w"); fi; done
+  if [ "$kind" = demo ]; then
+    bash "$root/tools/demo/make-medium.sh" "$mkmedium" "$win" "$sdir/demo" >"$M.log" 2>&1 || { cat "$M.log"; return 1; }
+    P=$sdir/demo/payload M=$sdir/demo/cd
+  else
+    mkdir -p "$P"
+    "payload_$kind" "$P" || return 1
+    if [ $bare = 0 ]; then
+      descriptions "$sdir/popisy.txt" "$P"
+      iconv -f UTF-8 -t CP1250 "$root/tools/demo/README.TXT" | sed 's/$/\r/' >"$sdir/README.TXT"
+      options+=(--readme "$sdir/README.TXT" --descriptions "$sdir/popisy.txt")
+    fi
+    "$mkmedium" --setup "$setup_exe" "${options[@]}" "$P" "$M" >"$M.log" 2>&1 || { cat "$M.log"; return 1; }
+  fi
+  BASE=$M
+  point_at "$M"
+}
+
+point_at() {
+  M=$1 M1=$1
+  [ -d "$M/DISK1" ] && M1=$M/DISK1
+  SRC=$(source_of "$M1")
+  DATA=$(list_records "$M1" | awk -F'\t' '$1 == "DATA.BIN" { print $2 }')
+}
+
+# variant N: a copy of the row's first medium as medium mN, to be damaged.
+variant() { rm -rf "$sdir/m$1" && cp -r "$BASE" "$sdir/m$1" && point_at "$sdir/m$1"; }
+
+# list_records DIR: the records of DIR's DISKLIST.LST, one a line: name, stored, directory,
+# size, disk (tab-separated, as mkmedium --list shows them).
+list_records() {
+  "$mkmedium" --list "$1" | awk '
+    /^record / { if (n) print r; n = 1; r = "" }
+    /^  (name|stored|directory|size|disk) / { v = substr($0, 15); gsub(/^"|"$/, "", v); if ($1 == "disk") sub(/ .*/, "", v)
+      r = r (r == "" ? "" : "\t") v }
+    END { if (n) print r }'
+}
+list_count() { "$mkmedium" --list "$1" | awk '$1 == "count" { print $2 }'; }
+edit() { "$mkmedium" --edit "$M1/DISKLIST.LST" "$@"; }
+
+# ---- prefix, robot, checks -------------------------------------------------------------------
+
+fresh_prefix() {
+  wine_env_copy "$work/pristine" "$sdir/prefix$step" || return 1
+  TARGET='C:\KORV5\'  # until a row sets another
+  C=$WINEPREFIX/drive_c
+  APPDATA=$(ls -d "$C"/users/*/AppData/Roaming | grep -v /Public/ | head -1)
+  if [ "$1" = quick ]; then
+    mkdir -p "$APPDATA/Microsoft/Internet Explorer/Quick Launch"
+    QUICK=checked QUICKBOX=enabled KX_QUICK=1
+  else
+    QUICK=disabled QUICKBOX=disabled KX_QUICK=0
+  fi
+}
+
+# The maker's web address in the help notices is a setting of the product.
+help_url() { grep -ho 'http[s]*://[^" ]*' "$root"/installer/inst*.cpp 2>/dev/null | head -1; }
+
+robot() {
+  local spec=$1 expected=$2 log=$sdir/$step-robot.txt rc piece script=$sdir/$step.kxr
+  eval "set -- $spec"
+  if [ "${1:0:1}" = '!' ]; then
+    local program=${1:1}
+    shift
+    (cd "${RUN_DIR:-$sdir}" && wine "$program" "$@" >"$log" 2>&1 </dev/null)
+    rc=$?
+  else
+    : >"$script"
+    local IFS=+
+    for piece in $1; do
+      case $piece in @*) cat "$sdir/${piece:1}.kxr" ;; *) cat "$here/$piece.kxr" ;; esac
+    done >>"$script"
+    unset IFS
+    shift
+    local a more=()
+    for a in "$@"; do
+      printf -v "${a%%=*}" '%s' "${a#*=}"
+      case ${a%%=*} in SETUP|SOURCE|TARGET|QUICK|QUICKBOX) ;; *) more+=("$a") ;; esac
+    done
+    (cd "${RUN_DIR:-$sdir}" && wine "$robot_exe" --timeout 30 "$script" SETUP="${SETUP:-$M1/SETUP.EXE}" \
+      SOURCE="${SOURCE:-$SRC}" TARGET="$TARGET" UNINSTAL="${TARGET}EXE\\UNINSTAL.EXE" QUICK="$QUICK" \
+      QUICKBOX="$QUICKBOX" URL="$(help_url)" "${more[@]}" "${ROBOT_ARGS[@]}" >"$log" 2>&1 </dev/null)
+    rc=$?
+  fi
   sed 's/^/   /' "$log"
-  [ $rc = 0 ] || fail "robot $script (exit $rc), see $log"
+  [ "$rc" = "$expected" ] || fail "step $step: exit $rc, not $expected (see $log)"
 }
 
-# check SUITE: the checks of one suite with the KX_E2E_* setting of the environment.
+# check ITEM: a shell check (lower case) or suites of kx_e2e_check with their setting.
 check() {
+  eval "set -- $1"
+  [ $# = 0 ] && return
+  if declare -F "$1" >/dev/null && [ "${1,,}" = "$1" ]; then
+    "$@"
+    return
+  fi
+  local suites="" a log=$sdir/$step-check.txt
+  (
+    export KX_E2E_TARGET=$TARGET KX_E2E_PAYLOAD="$(winpath "$P")\\" KX_E2E_LIST="$(winpath "$M1")\\DISKLIST.LST"
+    export KX_E2E_README="" KX_E2E_DESKTOP=1 KX_E2E_QUICK=$KX_QUICK
+    [ -f "$M1/README.TXT" ] && export KX_E2E_README="$(winpath "$M1")\\README.TXT"
+    for a in "$@"; do
+      case $a in *=*) export "KX_E2E_$a" ;; *) suites+="${suites:+:}$a.*" ;; esac
+    done
+    wine "$check_exe" --gtest_filter="$suites" --gtest_color=no >"$log" 2>&1 </dev/null
+    rc=$?
+    grep -v '^\[ *\(RUN\|OK\) ' "$log" | sed 's/^/   /'
+    grep -q '^\[  PASSED  \] [1-9]' "$log" || rc=1
+    exit $rc
+  ) || fail "step $step: checks $*, see $log"
+}
+
+row() {
+  local scenario=$1 recipe=$2 prefix=$3 prep=$4 spec=$5 expected=$6 checks=$7 item
   step=$((step + 1))
-  local log=$sdir/$step-check-$1.txt
-  say "== $step: checks $1 (target $KX_E2E_TARGET)"
-  wine "$check_exe" --gtest_filter="$1.*" --gtest_color=no >"$log" 2>&1 </dev/null
-  local rc=$?
-  grep -v '^\[ *\(RUN\|OK\) ' "$log" | sed 's/^/   /'
-  grep -q '^\[  PASSED  \] [1-9]' "$log" || rc=1
-  [ $rc = 0 ] || fail "checks $1, see $log"
-}
-
-# setting TARGET PAYLOAD MEDIUM_FIRST_DISK [README]: the checks' environment.
-setting() {
-  export KX_E2E_TARGET=$1
-  export KX_E2E_PAYLOAD="$(winpath "$2")\\"
-  export KX_E2E_LIST="$(winpath "$3")\\DISKLIST.LST"
-  if [ -f "$3/README.TXT" ]; then export KX_E2E_README="$(winpath "$3")\\README.TXT"; else export KX_E2E_README=""; fi
-  export KX_E2E_DESKTOP=1 KX_E2E_QUICK=1 KX_E2E_SKIP="" KX_E2E_PFU=1 KX_E2E_LIBROOT="" KX_E2E_NAVRHY=""
-  export KX_E2E_SAVED="" KX_E2E_APPENDED=0 KX_E2E_MISSING="" KX_E2E_EXISTING="" KX_E2E_DESIGN=""
-}
-
-# The source field shows the program's own directory, upper-cased, with a trailing "\".
-source_of() { printf '%s\\' "$(winpath "$1" | tr 'a-z' 'A-Z')"; }
-
-# unix_of C:\X\Y: the path in the running prefix.
-unix_of() { local p=${1#C:}; p=${p//\\//}; printf '%s%s' "$cdrive" "$p"; }
-
-# ---- scenarios ---------------------------------------------------------------------------
-
-# A target with Czech letters that code page 1252 lacks, installed under the ANSI code page 1250
-# and again in a fresh prefix under 1252 (an English Windows): the same names on disk, registry
-# values (read as UTF-16) and shortcuts both times.
-scenario_czech_target() {
-  local target='C:\Návrhové systémy\Věda\KORV5\' locale
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  for locale in cs_CZ.UTF-8 C.UTF-8; do  # C.UTF-8: code page 1252 (an English Windows)
-    fresh_prefix "prefix-$locale"
-    quick_launch_folder
-    LC_ALL=$locale robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" \
-      QUICK=checked TARGET="$target"
-    [ -d "$cdrive/Návrhové systémy/Věda/KORV5/EXE" ] || fail "$locale: no EXE directory under the Czech name"
-    setting "$target" "$sdir/payload" "$sdir/medium"
-    check CzechTarget
+  say "== $step: $spec"
+  case $recipe in -|=) ;; *) medium "$recipe" || { fail "step $step: the medium $recipe"; return; } ;; esac
+  case $prefix in -) ;; *) fresh_prefix "$prefix" || { fail "step $step: no prefix"; return; } ;; esac
+  SETUP="" SOURCE="" RUN_DIR="" skip=0 ROBOT_ARGS=()
+  # A row that goes on from a row left out (same medium, same prefix) is left out too.
+  [ "$recipe$prefix" = "=-" ] && [ "$skipped" = 1 ] && return
+  skipped=0
+  if [ "$prep" != - ]; then eval "$prep" || { fail "step $step: $prep"; return; }; fi
+  if [ $skip = 1 ]; then skipped=1 && say "   left out" && return; fi
+  robot "$spec" "$expected"
+  local IFS=';'
+  for item in $checks; do
+    unset IFS
+    [ "$item" = - ] || check "$item"
   done
 }
 
-# 1. A packed medium in one flat directory, with desktop and quick-launch icons.
-scenario_fresh_packed() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed --level 9 || return
-  fresh_prefix prefix
-  quick_launch_folder
-  robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" QUICK=checked \
-    TARGET='C:\KORV5\'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  check FreshPacked
+# ---- shell checks ----------------------------------------------------------------------------
+
+absent() { local p; for p in "$@"; do [ ! -e "$(unix_of "$p")" ] || fail "step $step: $p is there"; done; }
+present() { local p; for p in "$@"; do [ -e "$(unix_of "$p")" ] || fail "step $step: $p is missing"; done; }
+untouched() { [ -z "$(ls -A "$1")" ] || fail "step $step: $1 holds $(ls -A "$1")"; }
+# The running uninstaller leaves itself to the next start of Windows.
+restart() { wineboot -r >/dev/null 2>&1 </dev/null; }
+
+# recorded C:\DIR\: every file under DIR (but UNINST.LST) is a record of its UNINST.LST.
+recorded() {
+  local dir list f
+  dir=$(unix_of "$1")
+  [ -d "$dir" ] || return 0
+  list=$([ -f "$dir/UNINST.LST" ] && "$mkmedium" --uninstall-list "$dir/UNINST.LST" | cut -f2 | tr 'a-z' 'A-Z')
+  while IFS= read -r f; do
+    f="$1${f//\//\\}"
+    grep -qxF "$(printf '%s' "$f" | tr 'a-z' 'A-Z')" <<<"$list" || fail "step $step: $f is not in UNINST.LST"
+  done < <(cd "$dir" && find . -type f ! -name UNINST.LST | sed 's|^\./||')
 }
 
-# 2. The same tree on a plain medium; no quick-launch folder in this profile.
-scenario_fresh_plain() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --plain || return
-  fresh_prefix prefix
-  robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" QUICK=disabled \
-    TARGET='C:\KORV5\'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_QUICK=0
-  check FreshPlain
-}
+# ---- preps -----------------------------------------------------------------------------------
 
-# 2a. A signed medium shipped as a CD image: the programs signed with a throwaway certificate
-# before they are packed, the image unpacked to the directory that drive D: (a CD drive) shows;
-# the install from D: passes the checks of a fresh install, and the installed KORV5.EXE carries a
-# signature that verifies against the certificate.
-scenario_cdrom_signed() {
-  make_payload "$sdir/payload"
-  local ca=$sdir/ca
-  mkdir -p "$ca"
-  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=KORVEX test" -keyout "$ca/key.pem" \
-    -out "$ca/cert.pem" >"$ca/openssl.txt" 2>&1 || { fail "openssl"; return; }
-  # The signer also puts each signed copy into the expected payload (its path after /tree/).
-  cp -r "$sdir/payload" "$sdir/signed"
-  printf '%s\n' "osslsigncode sign -certs '$ca/cert.pem' -key '$ca/key.pem' -n KORVEX -in \"\$1\" -out \"\$1.s\" >/dev/null || exit 1" \
-    'mv "$1.s" "$1" || exit 1' "case \$1 in */tree/*) cp \"\$1\" '$sdir/signed/'\"\${1#*/tree/}\" ;; esac" >"$ca/sign.sh"
-  make_medium "$sdir/payload" "$sdir/medium" --packed --sign "sh $ca/sign.sh {}" --iso "$sdir/korvex.iso" || return
-  "$mkmedium" --verify "$sdir/korvex.iso" >"$sdir/verify.txt" 2>&1 || fail "mkmedium --verify: $(cat "$sdir/verify.txt")"
-  xorriso -osirrox on -indev "$sdir/korvex.iso" -extract / "$sdir/cd" >"$sdir/xorriso.txt" 2>&1 || { fail "xorriso"; return; }
-  fresh_prefix prefix
-  quick_launch_folder
-  ln -sfn "$sdir/cd" "$WINEPREFIX/dosdevices/d:"
-  wine reg add 'HKLM\Software\Wine\Drives' /v d: /d cdrom /f >/dev/null 2>&1 </dev/null
-  robot install SETUP='D:\SETUP.EXE' SOURCE='D:\' QUICK=checked TARGET='C:\KORV5\'
-  setting 'C:\KORV5\' "$sdir/signed" "$sdir/cd"
-  check FreshPacked
-  step=$((step + 1))
-  say "== $step: osslsigncode verify of the installed KORV5.EXE"
-  osslsigncode verify -CAfile "$ca/cert.pem" -in "$(unix_of 'C:\KORV5\EXE\KORV5.EXE')" >"$sdir/signature.txt" 2>&1 ||
-    fail "no good signature on the installed KORV5.EXE, see $sdir/signature.txt"
-  grep -E '^(Signer|Signature verification)' "$sdir/signature.txt" | sed 's/^/   /'
-  chmod -R u+w "$sdir/cd"
-}
-
-# 3. Floppies: the source directory holds one disk at a time; the robot changes them.
-scenario_floppies() {
-  make_payload "$sdir/payload"
-  # Disks that hold SETUP.EXE and one of the big files, never two: at least three disks.
-  head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY1.LIB"
-  head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY2.LIB"
-  head -c 1500000 /dev/urandom >"$sdir/payload/MLIB/VELKY3.LIB"
-  local capacity=$(( $(stat -c %s "$setup_exe") + 1600000 ))
-  make_medium "$sdir/payload" "$sdir/disks" --packed --capacity $capacity || return
-  [ -d "$sdir/disks/DISK3" ] || { fail "the medium has fewer than three disks"; return; }
+floppy_disks() {
+  [ -d "$M/DISK3" ] || { fail "the medium has fewer than three disks"; return 1; }
   # Disk 2 with the wrong number, and with an unknown keyword.
-  cp -r "$sdir/disks/DISK2" "$sdir/disks/WRONG2"
-  printf 'DISK: 3\r\n' >"$sdir/disks/WRONG2/B.KORV"
-  cp -r "$sdir/disks/DISK2" "$sdir/disks/ODD2"
-  printf 'DISK: 2\r\nSVAZEK: KORVEX\r\n' >"$sdir/disks/ODD2/B.KORV"
-  mkdir -p "$sdir/setup" "$sdir/floppy"
-  cp "$sdir/disks/DISK1/SETUP.EXE" "$sdir/setup/"
-  cp "$sdir/disks/DISK1"/* "$sdir/floppy/"
-  rm "$sdir/floppy/SETUP.EXE"
-  fresh_prefix prefix
-  quick_launch_folder
-  local last
-  last=$(ls -d "$sdir"/disks/DISK* | sed 's/.*DISK//' | sort -n | tail -1)
-  # The script: the trials with disk 2, then each later disk, then the end of the install.
-  local d script=$sdir/floppies.kxr
-  cp "$here/floppies.kxr" "$script"
-  for d in $(seq 3 "$last"); do
+  cp -r "$M/DISK2" "$M/WRONG2" && printf 'DISK: 3\r\n' >"$M/WRONG2/B.KORV"
+  cp -r "$M/DISK2" "$M/ODD2" && printf 'DISK: 2\r\nSVAZEK: KORVEX\r\n' >"$M/ODD2/B.KORV"
+  floppy_source
+  local d
+  for d in $(ls -d "$M"/DISK* | sed 's/.*DISK//' | sort -n | tail -n +3); do
     printf '%s\n' "wait-box \"Oznámení\" \"Vlož DISK$d\" 300" "delete-file \"\${FLOPPY}*\"" \
-      "copy-files \"\${DISKS}\\\\DISK$d\" \"\${FLOPPY}\"" "box \"Oznámení\" \"Vlož DISK$d\" answer \"&O.K.\"" >>"$script"
-  done
-  sed -n '/^wait text 17/,$p' "$here/install.kxr" >>"$script"
-  robot "$script" SETUP="$sdir/setup/SETUP.EXE" FLOPPY="$(winpath "$sdir/floppy")\\" DISKS="$(winpath "$sdir/disks")"
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/disks/DISK1"
-  check Floppies
+      "copy-files \"\${DISKS}\\\\DISK$d\" \"\${FLOPPY}\"" "box \"Oznámení\" \"Vlož DISK$d\" answer \"&O.K.\""
+  done >"$sdir/disks.kxr"
 }
 
-# 4. A stored file missing from the medium: skipped (Yes), or the install refused (No) in a
-# profile without quick launch, whose check box must stay disabled.
-scenario_missing_file() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --plain || return
-  rm "$sdir/medium/DATA.BIN"
-  fresh_prefix prefix-yes
-  quick_launch_folder
-  robot missing_yes SETUP="$sdir/medium/SETUP.EXE" \
-    MISSING="$(source_of "$sdir/medium")DATA.BIN" QUICK=checked
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_SKIP="DATA.BIN"
-  check MissingSkipped
-  fresh_prefix prefix-no
-  robot missing_no SETUP="$sdir/medium/SETUP.EXE" \
-    MISSING="$(source_of "$sdir/medium")DATA.BIN" QUICK=disabled
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_MISSING="DATA.BIN"
-  check MissingRefused
+# floppy_source: SETUP.EXE alone in $sdir/setup, disk 1's files in the source directory FLOPPY.
+floppy_source() {
+  rm -rf "$sdir/setup" "$sdir/floppy" && mkdir -p "$sdir/setup" "$sdir/floppy"
+  cp "$M/DISK1/SETUP.EXE" "$sdir/setup/" && cp "$M/DISK1"/* "$sdir/floppy/" && rm "$sdir/floppy/SETUP.EXE"
+  FLOPPY="$(winpath "$sdir/floppy")\\"
+  read -r -a second <<<"$(list_records "$M1" | awk -F'\t' '$5 == 2 { print $1, $2; exit }')"
 }
 
-# 5. Alternative executables in EXE: each replaces KORV5.EXE in turn, the last one stays.
-scenario_alternatives() {
-  make_payload "$sdir/payload"
-  # The real main program with a tail of its own, so that each copy can be told apart and
-  # still runs ($f at the end of the install).
-  { cat "$win/tools/KORV5.exe"; printf 'KVWALL'; } >"$sdir/payload/EXE/KVWALL.EXE"
-  { cat "$win/tools/KORV5.exe"; printf 'kvwpp'; } >"$sdir/payload/EXE/kvwpp.exe"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  fresh_prefix prefix
-  quick_launch_folder
-  robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" QUICK=checked \
-    TARGET='C:\KORV5\'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  check Alternatives
-}
-
-# 6. Files already in the target: the overwrite question answered No; then Yes and the abort
-# button, first answered No (the install runs on), then Yes (it stops).
-scenario_existing() {
-  make_payload "$sdir/payload"
-  local i
-  for i in $(seq -w 1 40); do head -c 1500000 /dev/urandom >"$sdir/payload/SLIB/VELKY$i.S32"; done
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed --level 1 || return
-  fresh_prefix prefix-no
-  quick_launch_folder
-  mkdir -p "$cdrive/KORV5"
-  printf 'stary soubor\r\n' >"$cdrive/KORV5/DATA.BIN"
-  robot overwrite_no SETUP="$sdir/medium/SETUP.EXE"
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_EXISTING=DATA.BIN
-  check OverwriteRefused
-  fresh_prefix prefix-abort
-  quick_launch_folder
-  mkdir -p "$cdrive/KORV5"
-  printf 'stary soubor\r\n' >"$cdrive/KORV5/DATA.BIN"
-  robot abort SETUP="$sdir/medium/SETUP.EXE"
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  check AbortStops
-}
-
-# 7. The space check on a drive D: of its own, a private tmpfs of 64 MB that nobody else writes:
-# declared sizes that need one cluster more than there is fail with the message, exactly enough
-# passes (to within the pages of UNINST.LST that the file layer may still buffer). Where no
-# tmpfs can be mounted (no root), D: is a directory on /dev/shm and only the failing run is made,
-# with a wide margin.
-scenario_disk_space() {
-  local mnt=$sdir/drive-d private=0
-  mkdir -p "$mnt"
-  if mount -t tmpfs -o size=64m tmpfs "$mnt" 2>/dev/null; then
-    private=1
-    mounted=$mnt
-  else
-    mnt=/dev/shm/kx-e2e-$$
-    say "   no private tmpfs (mount refused): D: is $mnt, the boundary run is left out"
-  fi
-  fresh_prefix prefix
-  quick_launch_folder
-  local run
-  for run in short enough; do
-    [ $private = 0 ] && [ $run = enough ] && break
-    rm -rf "${mnt:?}"/* && mkdir -p "$mnt"
-    ln -sfn "$mnt" "$WINEPREFIX/dosdevices/d:"
-    local space cluster free
-    space=$(wine "$check_exe" --space D: 2>&1 </dev/null | tr -d '\r')
-    cluster=${space% *}
-    free=${space#* }
-    say "   drive D: cluster $cluster, free clusters $free"
-    if [ "$cluster" != 4096 ]; then fail "drive D: has clusters of $cluster bytes, not the page size"; break; fi
-    # Payload: the suite's programs and filler files whose declared sizes are patched below.
-    rm -rf "$sdir/payload-$run" "$sdir/medium-$run"
-    mkdir -p "$sdir/payload-$run/EXE"
-    cp "$win/tools/KORV5.exe" "$sdir/payload-$run/EXE/KORV5.EXE"
-    cp "$win/tools/CONFIG.exe" "$sdir/payload-$run/EXE/CONFIG.EXE"
-    cp "$win/tools/UNINSTAL.exe" "$sdir/payload-$run/EXE/UNINSTAL.EXE"
-    local per=1048576 reserve=$((1000000 / cluster)) fillers n
-    fillers=$(( (free - reserve) / per + 2 ))
-    for n in $(seq 1 $fillers); do printf 'vypln %d\r\n' "$n" >"$sdir/payload-$run/VYPLN$n.BIN"; done
-    "$mkmedium" --flat --plain "$sdir/payload-$run" "$sdir/medium-$run" >"$sdir/medium-$run.log" 2>&1 ||
-      { fail "mkmedium"; break; }
-    local list=$sdir/medium-$run/DISKLIST.LST count i size name
-    count=$(od -An -tu2 -j86 -N2 "$list" | tr -d ' ')
-    # Before the check the target holds the copy of DISKLIST.LST (closed, in whole pages) and
-    # UNINST.LST with 6 records (DISKLIST.LST, three EXE records, Navrhy, the target), of which
-    # the file layer may still hold some in its buffer. So the passing run asks for what is
-    # free with all of UNINST.LST on the disk, the failing one for one cluster more than is
-    # free with none of it there.
-    local listpages=$(( (92 + 140 * count + 4095) / 4096 )) uninstpages=$(( (1028 * 6 + 4095) / 4096 ))
-    local avail=$((free - listpages - uninstpages))
-    [ $run = short ] && avail=$((free - listpages))
-    # Clusters the EXE files ask for; the fillers take the rest.
-    local fixed=0 filler_idx=()
-    for i in $(seq 0 $((count - 1))); do
-      name=$(dd if="$list" bs=1 skip=$((92 + 140 * i)) count=16 2>/dev/null | tr -d '\0')
-      size=$(od -An -tu4 -j$((92 + 140 * i + 52)) -N4 "$list" | tr -d ' ')
-      case $name in VYPLN*) filler_idx+=("$i") ;; *) fixed=$((fixed + size / cluster + 1)) ;; esac
-    done
-    local want=$((avail - reserve - fixed))
-    if [ $run = short ]; then
-      want=$((want + 1))
-      [ $private = 0 ] && want=$((want + 100000))  # others may write to /dev/shm meanwhile
-    fi
-    local bytes=0 k
-    want=$((want - ${#filler_idx[@]}))  # each filler asks for one cluster at least
-    for i in "${filler_idx[@]}"; do
-      k=$want
-      [ $k -gt $((per - 1)) ] && k=$((per - 1))
-      [ $k -lt 0 ] && k=0
-      want=$((want - k))
-      size=$((k * cluster))
-      printf "$(printf '\\x%02x\\x%02x\\x%02x\\x%02x' $((size & 255)) $(((size >> 8) & 255)) $(((size >> 16) & 255)) $(((size >> 24) & 255)))" |
-        dd of="$list" bs=1 seek=$((92 + 140 * i + 52)) conv=notrunc 2>/dev/null
-    done
-    [ $want = 0 ] || { fail "the declared sizes cannot ask for the clusters wanted ($want left)"; break; }
-    for i in $(seq 0 $((count - 1))); do
-      size=$(od -An -tu4 -j$((92 + 140 * i + 52)) -N4 "$list" | tr -d ' ')
-      bytes=$(( (bytes + (size / cluster + 1) * cluster) & 0xFFFFFFFF ))
-    done
-    local need=$(( (bytes + 1000000) & 0xFFFFFFFF ))
-    cp "$setup_exe" "$sdir/medium-$run/SETUP.EXE"
-    if [ $run = short ]; then
-      robot space_short SETUP="$sdir/medium-$run/SETUP.EXE" NEED="$need"
-      setting 'D:\KORV5\' "$sdir/payload-$run" "$sdir/medium-$run"
-      check SpaceShort
-    else
-      robot install SETUP="$sdir/medium-$run/SETUP.EXE" SOURCE="$(source_of "$sdir/medium-$run")" \
-        QUICK=checked TARGET='D:\KORV5\'
-      setting 'D:\KORV5\' "$sdir/payload-$run" "$sdir/medium-$run"
-      check SpaceJustEnough
-    fi
-    # The next run starts from a fresh prefix.
-    fresh_prefix prefix-$run
-    quick_launch_folder
-  done
-  wine_down
-  if [ $private = 1 ]; then
-    umount "$mnt" 2>/dev/null || umount -l "$mnt"
-    mounted=""
-  else
-    rm -rf "$mnt"
-  fi
-}
-
-# 8. An earlier installation in the target.
-scenario_previous() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  local setup=$sdir/medium/SETUP.EXE src
-  src=$(source_of "$sdir/medium")
-  fresh_prefix prefix
-  quick_launch_folder
-  # UNINST.LST alone is no earlier installation: the new records follow the old ones.
-  mkdir -p "$cdrive/KORV5"
-  printf '\x00\x00C:\\STARY.TXT' | dd of="$cdrive/KORV5/UNINST.LST" bs=1028 conv=sync 2>/dev/null
-  cp "$cdrive/KORV5/UNINST.LST" "$sdir/old-uninst.lst"
-  robot install SETUP="$setup" SOURCE="$src" QUICK=checked TARGET='C:\KORV5\'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_SAVED="$(winpath "$sdir/old-uninst.lst")" KX_E2E_APPENDED=1
-  check PreviousListOnly
-  # A complete earlier install: removed by its uninstaller, its configuration taken over. Its
-  # library paths point elsewhere and must stay.
-  local wco=$cdrive/KORV5/EXE/SYSTEM.WCO
+old_file() { mkdir -p "$C/KORV5" && printf 'stary soubor\r\n' >"$C/KORV5/DATA.BIN"; }
+old_list() { mkdir -p "$C/KORV5" && printf '0\tC:\\STARY.TXT\n' | "$mkmedium" --uninstall-write "$sdir/old.lst" && cp "$sdir/old.lst" "$C/KORV5/UNINST.LST"; }
+# The earlier install's library paths point elsewhere and must stay when taken over.
+other_libraries() {
   sed -i 's/^\(   schema_default_library_path *=  \).*/\1E:\\JINAM\\SLIB\\\r/;
           s/^\(   layout_default_library_path *=  \).*/\1E:\\JINAM\\LLIB\\\r/;
           s/^\(   edit_default_library_path *=  \).*/\1E:\\JINAM\\ELIB\\\r/;
           s/^\(   default_model_library_path *=  \).*/\1E:\\JINAM\\MLIB\\\r/;
-          s/^\(   initial_directory *=  \).*/\1E:\\JINAM\\Navrhy\r/' "$wco"
-  robot previous SETUP="$setup" TAKE='&Ano'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_LIBROOT='E:\JINAM\' KX_E2E_NAVRHY='E:\JINAM\Navrhy'
-  check PreviousTakenOver
-  robot previous SETUP="$setup" TAKE='&Ne'
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  check PreviousNotTakenOver
-  # The removal question answered No: nothing changes.
-  cp "$cdrive/KORV5/UNINST.LST" "$sdir/kept-uninst.lst"
-  robot previous_no SETUP="$setup"
-  export KX_E2E_SAVED="$(winpath "$sdir/kept-uninst.lst")"
-  check PreviousKept
-  # An uninstaller that fails (exit code 1): the message, and the install stops.
-  cp "$win/tests/e2e/kx_e2e_stub1.exe" "$cdrive/KORV5/EXE/UNINSTAL.EXE"
-  robot previous_fails SETUP="$setup"
-  check PreviousKept
-  check PreviousFails
+          s/^\(   initial_directory *=  \).*/\1E:\\JINAM\\Navrhy\r/' "$C/KORV5/EXE/SYSTEM.WCO"
+}
+# hhctrl d|b: the HTML Help library turned off for the programs run from now on, or back.
+hhctrl() {
+  if [ "$1" = d ]; then WINEDLLOVERRIDES="$WINEDLLOVERRIDES;hhctrl.ocx=d"; else WINEDLLOVERRIDES=${WINEDLLOVERRIDES%;hhctrl.ocx=d}; fi
+}
+# design: the user saves a design in Navrhy (a copy kept in $sdir/design.d32); UNINST.LST kept.
+design() {
+  printf 'KX900 Design file \r\nmuj navrh\r\n' | tee "$sdir/design.d32" >"$C/KORV5/Navrhy/MUJ.D32" &&
+    cp "$C/KORV5/UNINST.LST" "$sdir/installed.lst"
+}
+keep_list() { SAVED=$(winpath "$sdir/saved$step.lst") && cp "$(unix_of "${TARGET}UNINST.LST")" "$sdir/saved$step.lst"; }
+
+# space short|enough: D: a private tmpfs of 64 MB; the fillers' declared sizes ask for one
+# cluster more than is free (short), or for all that is free with UNINST.LST and the copied list
+# on the disk (enough: to within the pages the file layer may still buffer). Where no tmpfs
+# can be mounted, D: is a directory on /dev/shm and only the short run is made, with a margin.
+space() {
+  local mnt=$sdir/drive-d
+  if [ -z "${space_private:-}" ]; then
+    mkdir -p "$mnt"
+    if mount -t tmpfs -o size=64m tmpfs "$mnt" 2>/dev/null; then
+      space_private=1
+      cleanups+=("umount '$mnt' 2>/dev/null || umount -l '$mnt'")
+    else
+      space_private=0 mnt=/dev/shm/kx-e2e-$$
+      cleanups+=("rm -rf '$mnt'")
+      say "   no private tmpfs (mount refused): D: is $mnt, the boundary run is left out"
+    fi
+  fi
+  [ $space_private = 0 ] && mnt=/dev/shm/kx-e2e-$$
+  if [ $space_private = 0 ] && [ "$1" = enough ]; then skip=1; return 0; fi
+  rm -rf "${mnt:?}"/* && mkdir -p "$mnt" && ln -sfn "$mnt" "$WINEPREFIX/dosdevices/d:"
+  local cluster free
+  read -r cluster free <<<"$(wine "$check_exe" --space D: 2>&1 </dev/null | tr -d '\r')"
+  say "   drive D: cluster $cluster, free clusters $free"
+  [ "$cluster" = 4096 ] || { fail "drive D: has clusters of $cluster bytes, not the page size"; return 1; }
+  # Fillers whose declared sizes are set below.
+  local per=1048576 reserve=$((1000000 / cluster)) n
+  P=$sdir/payload-$1 M=$sdir/medium-$1
+  rm -rf "$P" "$M" && programs "$P"
+  for n in $(seq 1 $(((free - reserve) / per + 2))); do printf 'vypln %d\r\n' "$n" >"$P/VYPLN$n.BIN"; done
+  "$mkmedium" --flat --plain --setup "$setup_exe" "$P" "$M" >"$M.log" 2>&1 || return 1
+  point_at "$M"
+  local count name size fixed=0 fillers=()
+  count=$(list_count "$M")
+  # The copied list (whole pages) and UNINST.LST's 6 records before the check.
+  local list_pages=$(((92 + 140 * count + 4095) / 4096)) uninst_pages=$(((1028 * 6 + 4095) / 4096))
+  local want=$((free - list_pages - uninst_pages - reserve))
+  while IFS=$'\t' read -r name _ _ size _; do
+    case $name in VYPLN*) fillers+=("$name") ;; *) fixed=$((fixed + size / cluster + 1)) ;; esac
+  done < <(list_records "$M")
+  want=$((want - fixed - ${#fillers[@]}))
+  if [ "$1" = short ]; then want=$((want + uninst_pages + 1)); [ $space_private = 0 ] && want=$((want + 100000)); fi
+  local edits=() bytes=0 k
+  for name in "${fillers[@]}"; do
+    k=$want
+    [ $k -gt $((per - 1)) ] && k=$((per - 1))
+    [ $k -lt 0 ] && k=0
+    want=$((want - k))
+    edits+=("$name:size=$((k * cluster))")
+    bytes=$((bytes + (k + 1) * cluster))
+  done
+  [ $want = 0 ] || { fail "the declared sizes cannot ask for the clusters wanted ($want left)"; return 1; }
+  edit "${edits[@]}" || return 1
+  while IFS=$'\t' read -r name _ _ size _; do
+    case $name in VYPLN*) ;; *) bytes=$((bytes + (size / cluster + 1) * cluster)) ;; esac
+  done < <(list_records "$M")
+  NEED=$(((bytes + 1000000) & 0xFFFFFFFF))
 }
 
-# 9. Target paths: without a drive (refused by the field), a drive that does not exist, and a
-# source without DISKLIST.LST.
-scenario_bad_target() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --plain || return
-  fresh_prefix prefix
-  rm -f "$WINEPREFIX/dosdevices/q:"
-  robot bad_target SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")"
-  [ -e "$cdrive/KORV5" ] && fail "a failed start made C:\\KORV5"
+# attempt SCRIPT ID SOURCE TARGET BOX...: one more try in the running SETUP, appended to
+# $sdir/SCRIPT.kxr: the source and target set, Start, the boxes (TITLE|BODY|BUTTON), the failed end.
+attempt() {
+  local script=$sdir/$1.kxr n=$2 b title body button k=0
+  ROBOT_ARGS+=("S$n=$3" "T$n=$4")
+  printf '%s\n' "# try $n" "set 7 \"\${S$n}\"" "leave 7" "set 10 \"\${T$n}\"" "leave 10" "click 14" >>"$script"
+  shift 4
+  for b in "$@"; do
+    IFS='|' read -r title body button <<<"$b"
+    k=$((k + 1))
+    ROBOT_ARGS+=("B${n}_$k=$body")
+    printf '%s\n' "box \"$title\" \"\${B${n}_$k}\" answer \"$button\" 120" >>"$script"
+  done
+  printf '%s\n' 'wait text 17 "Instalace nebyla úspěšná" 120' >>"$script"
 }
+attempts_end() { printf '%s\n' "expect enabled 14" "click 15" "wait-exit 0 30" >>"$sdir/$1.kxr"; }
 
-# 10. The HTML Help library missing (turned off for the run), with and without the help
-# package in the installed tree; and a main program that ends with 1 on "$f".
-scenario_html_help() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  mkdir -p "$sdir/payload-hh/hhlppack"
-  cp -r "$sdir/payload/." "$sdir/payload-hh/"
-  cp "$win/tests/e2e/kx_e2e_stub0.exe" "$sdir/payload-hh/hhlppack/hhupd.exe"
-  make_medium "$sdir/payload-hh" "$sdir/medium-hh" --flat --packed || return
-  mkdir -p "$sdir/payload-f1"
-  cp -r "$sdir/payload/." "$sdir/payload-f1/"
-  cp "$win/tests/e2e/kx_e2e_stub1.exe" "$sdir/payload-f1/EXE/KORV5.EXE"
-  make_medium "$sdir/payload-f1" "$sdir/medium-f1" --flat --packed || return
-  local url
-  url=$(help_url)
-  fresh_prefix prefix
-  quick_launch_folder
-  # With the library there: no box (the installs of the other scenarios show that too).
-  local saved=$WINEDLLOVERRIDES
-  export WINEDLLOVERRIDES="$saved;hhctrl.ocx=d"
-  robot help_notice SETUP="$sdir/medium/SETUP.EXE" TARGET='C:\A\KORV5\' URL="$url"
-  setting 'C:\A\KORV5\' "$sdir/payload" "$sdir/medium"
-  check HelpAbsent
-  robot help_no SETUP="$sdir/medium-hh/SETUP.EXE" TARGET='C:\B\KORV5\' URL="$url"
-  robot help_yes SETUP="$sdir/medium-hh/SETUP.EXE" TARGET='C:\C\KORV5\' URL="$url"
-  setting 'C:\C\KORV5\' "$sdir/payload-hh" "$sdir/medium-hh"
-  check HelpQuestionYes
-  export WINEDLLOVERRIDES=$saved
-  robot main_fails SETUP="$sdir/medium-f1/SETUP.EXE" TARGET='C:\D\KORV5\'
-  setting 'C:\D\KORV5\' "$sdir/payload-f1" "$sdir/medium-f1"
-  export KX_E2E_PFU=0
-  check MainProgramFails
-}
-
-# The maker's web address in the help notices is a setting of the product.
-help_url() {
-  grep -ho 'http[s]*://[^" ]*' "$root"/installer/inst*.cpp 2>/dev/null | head -1
-}
-
-# 11. Install, a design saved by the user, then the installed uninstaller.
-scenario_uninstall() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  fresh_prefix prefix
-  quick_launch_folder
-  robot install SETUP="$sdir/medium/SETUP.EXE" SOURCE="$(source_of "$sdir/medium")" QUICK=checked \
-    TARGET='C:\KORV5\'
-  printf 'KX900 Design file \r\nmuj navrh\r\n' >"$cdrive/KORV5/Navrhy/MUJ.D32"
-  cp "$cdrive/KORV5/UNINST.LST" "$sdir/installed-uninst.lst"
-  robot uninstall UNINSTAL='C:\KORV5\EXE\UNINSTAL.EXE'
-  # The running uninstaller leaves itself to the next start of Windows.
-  wineboot -r >/dev/null 2>&1 </dev/null
-  setting 'C:\KORV5\' "$sdir/payload" "$sdir/medium"
-  export KX_E2E_SAVED="$(winpath "$sdir/installed-uninst.lst")" KX_E2E_DESIGN=MUJ.D32
-  check Uninstalled
-}
-
-# 12. Bad media: lists shorter than their header, and records whose names would leave the
-# target (or carry control characters). Each is refused with its box before anything is copied.
-# badmedia_patch LIST WHAT VALUE: WHAT is "cut N" (keep N bytes) or FIELD (name, stored, dir)
-# of the record of A.TXT set to VALUE (Python escapes), or FIELD of the last record.
-badmedia_patch() {
-  python3 - "$@" <<'PY'
-import sys
-path, what, value = sys.argv[1], sys.argv[2], sys.argv[3]
-data = bytearray(open(path, 'rb').read())
-if what == 'cut':
-    data = data[:int(value)]
-else:
-    field, _, which = what.partition('@')
-    offset = {'name': 0, 'stored': 17, 'dir': 34}[field]
-    count = (len(data) - 92) // 140
-    names = [bytes(data[92 + 140 * i:92 + 140 * i + 17]).split(b'\0')[0] for i in range(count)]
-    i = count - 1 if which == 'last' else names.index(b'A.TXT')
-    raw = value.encode('latin-1').decode('unicode_escape').encode('latin-1')
-    at = 92 + 140 * i + offset
-    data[at:at + 17] = raw.ljust(17, b'\0')[:17]
-open(path, 'wb').write(bytes(data))
-PY
-}
-
-scenario_badmedia() {
-  mkdir -p "$sdir/payload/SUB"
-  printf 'soubor A\r\n' >"$sdir/payload/A.TXT"
-  printf 'soubor B\r\n' >"$sdir/payload/B.TXT"
-  printf 'soubor C\r\n' >"$sdir/payload/SUB/C.TXT"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --plain || return
-  local bad_list='Chybná cesta/soubor nenalezen: DISKLIST.LST'
-  local bad_record='Chybný záznam v seznamu souborů: '
-  # WHAT|VALUE|the box's body
+# Each damaged medium is refused with its box before anything is copied.
+badmedia_script() {
   local cases=(
-    "cut|0|$bad_list"
-    "cut|50|$bad_list"
-    "cut|91|$bad_list"
-    "name|..\\\\EVIL.TXT|${bad_record}..\\EVIL.TXT"
-    "name|../EVIL.TXT|${bad_record}../EVIL.TXT"
-    "name|C:\\\\EVIL.TXT|${bad_record}C:\\EVIL.TXT"
-    "name|C:EVIL.TXT|${bad_record}C:EVIL.TXT"
-    "name|\\\\EVIL.TXT|${bad_record}\\EVIL.TXT"
-    "name|..|${bad_record}.."
-    "name|.|${bad_record}."
-    "name|A\\x01.TXT|${bad_record}A?.TXT"
-    "name|EVIL.TXT\\x09|${bad_record}EVIL.TXT?"
-    "name|EVIL\\x7f.TXT|${bad_record}EVIL?.TXT"
-    "stored|..\\\\A.TXT|${bad_record}..\\A.TXT"
-    "stored|A/B.TXT|${bad_record}A/B.TXT"
-    "stored|..|${bad_record}.."
-    "dir|..\\\\..\\\\EVIL|${bad_record}..\\..\\EVIL"
-    "dir|C:|${bad_record}C:"
-    "dir|SUB\\x1f|${bad_record}SUB?"
-    "dir|/EVIL|${bad_record}/EVIL"
-    "name@last|..\\\\EVIL.TXT|${bad_record}..\\EVIL.TXT"
+    "cut 0|$bad_list" "cut 50|$bad_list" "cut 91|$bad_list"
+    'A.TXT:name=..\EVIL.TXT|..\EVIL.TXT' 'A.TXT:name=../EVIL.TXT|../EVIL.TXT'
+    'A.TXT:name=C:\EVIL.TXT|C:\EVIL.TXT' 'A.TXT:name=C:EVIL.TXT|C:EVIL.TXT' 'A.TXT:name=\EVIL.TXT|\EVIL.TXT'
+    'A.TXT:name=..|..' 'A.TXT:name=.|.' 'A.TXT:name=A\x01.TXT|A?.TXT' 'A.TXT:name=EVIL.TXT\x09|EVIL.TXT?'
+    'A.TXT:name=EVIL\x7f.TXT|EVIL?.TXT' 'A.TXT:stored=..\A.TXT|..\A.TXT' 'A.TXT:stored=A/B.TXT|A/B.TXT'
+    'A.TXT:stored=..|..' 'A.TXT:directory=..\..\EVIL|..\..\EVIL' 'A.TXT:directory=C:|C:'
+    'A.TXT:directory=SUB\x1f|SUB?' 'A.TXT:directory=/EVIL|/EVIL' 'last:name=..\EVIL.TXT|..\EVIL.TXT'
   )
-  local script=$sdir/badmedia.kxr args=() n=0 c what value body
-  cp "$here/badmedia.kxr" "$script"
+  local n=0 c what box long
+  : >"$sdir/badmedia.kxr"
   for c in "${cases[@]}"; do
     n=$((n + 1))
-    IFS='|' read -r what value body <<<"$c"
-    cp -r "$sdir/medium" "$sdir/m$n"
-    if [ "${what%% *}" = cut ]; then
-      badmedia_patch "$sdir/m$n/DISKLIST.LST" cut "$value"
-    else
-      badmedia_patch "$sdir/m$n/DISKLIST.LST" "$what" "$value"
-    fi
-    args+=("S$n=$(source_of "$sdir/m$n")" "E$n=$body")
-    printf '%s\n' "# $n: $what $value" "set 7 \"\${S$n}\"" "leave 7" "set 10 \"C:\\\\T$n\\\\\"" \
-      "leave 10" "click 14" "box \" Chyba \" \"\${E$n}\" answer \"OK\" 120" \
-      "wait text 17 \"Instalace nebyla úspěšná\" 120" >>"$script"
+    what=${c%%|*} box=${c#*|}
+    variant $n
+    case $what in
+      cut*) truncate -s "${what#cut }" "$M/DISKLIST.LST" ;;
+      *) edit "$what" || return 1; box=$bad_record$box ;;
+    esac
+    attempt badmedia $n "$SRC" "C:\\T$n\\" " Chyba |$box|OK"
   done
+  badmedia_count=$n
   # A target of 1,100 characters, and a source of as many: the box cuts the path short.
-  local long
   long=$(printf 'A%.0s' $(seq 1 1100))
-  args+=("LONG=C:\\$long\\" "ELONG=Příliš dlouhá cesta C:\\${long:0:176}")
-  local longsrc
-  longsrc="$(source_of "$sdir/medium")$long\\"
-  args+=("LONGSRC=$longsrc" "ELONGSRC=Příliš dlouhá cesta ${longsrc:0:179}")
-  printf '%s\n' "# target and source of 1,100 characters" "set 7 \"\${S1}\"" "leave 7" \
-    "set 10 \"\${LONG}\"" "leave 10" "click 14" "box \" Chyba \" \"\${ELONG}\" answer \"OK\" 120" \
-    "wait text 17 \"Instalace nebyla úspěšná\" 120" "set 10 \"C:\\\\TL\\\\\"" "leave 10" \
-    "set 7 \"\${LONGSRC}\"" "leave 7" "click 14" \
-    "box \" Chyba \" \"\${ELONGSRC}\" answer \"OK\" 120" "wait text 17 \"Instalace nebyla úspěšná\" 120" \
-    >>"$script"
-  printf '%s\n' "expect enabled 14" "click 15" "wait-exit 0 30" >>"$script"
-  fresh_prefix prefix
-  robot "$script" SETUP="$sdir/medium/SETUP.EXE" "${args[@]}"
-  [ -z "$(find "$cdrive" -maxdepth 1 \( -name 'AAAA*' -o -name TL \))" ] ||
+  attempt badmedia L1 "$(source_of "$BASE")" "C:\\$long\\" " Chyba |Příliš dlouhá cesta C:\\${long:0:176}|OK"
+  long="$(source_of "$BASE")$long\\"
+  attempt badmedia L2 "$long" 'C:\TL\' " Chyba |Příliš dlouhá cesta ${long:0:179}|OK"
+  attempts_end badmedia
+}
+
+# Nothing outside the targets; README.TXT and DISKLIST.LST go to the target before the list is
+# read, so each is recorded; no file of the list was copied.
+badmedia_untouched() {
+  [ -z "$(find "$C" -maxdepth 1 \( -name 'AAAA*' -o -name TL \))" ] ||
     fail "a directory was made for the long target or for the long source's target"
-  # Nothing outside the targets, and no file copied into them.
-  local evil
+  local evil n
   evil=$(find "$WINEPREFIX" "$sdir" -iname '*EVIL*' 2>/dev/null)
   [ -z "$evil" ] || fail "a bad name reached the disk: $evil"
-  # README.TXT and DISKLIST.LST go to the target before the list is read: each must be in
-  # UNINST.LST; no file of the list may be there.
-  for n in $(seq 1 ${#cases[@]}); do
-    local copied
-    copied=$(find "$cdrive/T$n" -iname 'A.TXT' -o -iname 'B.TXT' -o -iname 'SUB' 2>/dev/null)
-    [ -z "$copied" ] || fail "medium $n: copied from the list: $copied"
-    badmedia_recorded "$cdrive/T$n" "C:\\T$n\\" || fail "medium $n: a file not in UNINST.LST"
+  for n in $(seq 1 "$badmedia_count"); do
+    absent "C:\\T$n\\A.TXT" "C:\\T$n\\B.TXT" "C:\\T$n\\SUB"
+    recorded "C:\\T$n\\"
   done
 }
 
-# badmedia_recorded DIR WINDIR: every file in DIR (but UNINST.LST) is a record of its UNINST.LST.
-badmedia_recorded() {
-  python3 - "$@" <<'PY2'
-import os, sys
-d, w = sys.argv[1], sys.argv[2]
-if not os.path.isdir(d):
-    sys.exit(0)
-data = open(os.path.join(d, 'UNINST.LST'), 'rb').read() if os.path.exists(os.path.join(d, 'UNINST.LST')) else b''
-paths = {data[i:i + 1028][2:].split(b'\0')[0].decode('cp1250').upper() for i in range(0, len(data) - 1027, 1028)}
-bad = 0
-for f in sorted(os.listdir(d)):
-    if f.upper() != 'UNINST.LST' and (w + f).upper() not in paths:
-        print('   not in UNINST.LST:', w + f, 'records:', sorted(paths))
-        bad = 1
-sys.exit(bad)
-PY2
+# Name, stored-name and directory fields of 17 bytes with no zero, descriptions of 82 and with
+# control characters; a decoy file under the 17-character stored name.
+names_damage() {
+  edit 'JMENO_BEZ_NULY.T:name=JMENO_BEZ_NULY.TX' 'ULOZENY_SOUBOR.B:stored=ULOZENY_SOUBOR.BZ' \
+    'SOUBOR.TXT:directory=ADRESAR_BEZ_NULYQ' \
+    'POPIS.TXT:description=Popis bez nuly: české znaky ľščřľýáíé, sahá až do konce pole: ------------------XY' \
+    'RIDICI.TXT:description=Popis\x01s\x09ridicimi\x1bznaky\x7fa CR\x0dLF\x0a.' &&
+    printf 'navnada: jmeno za koncem pole\r\n' >"$M/ULOZENY_SOUBOR.BZ"
 }
 
-# 13. A packed medium whose stored DATA.BIN is garbage, cut short, empty, or a directory; and
-# one whose disk file has a garbage line; a list whose count is past its records.
-scenario_badmedia_packed() {
-  make_payload "$sdir/payload"
-  make_medium "$sdir/payload" "$sdir/medium" --flat --packed || return
-  local stored
-  stored=$(cd "$sdir/medium" && ls | grep -i '^DATA\.BI_$')
-  [ -n "$stored" ] || { fail "no stored DATA.BIN on the medium"; return; }
-  local unzip='Komprese/dekomprese dat - chyba ve vstupních datech'
-  local short='Komprese/dekomprese dat - nepostačující buffer'
-  # HOW|the box's body|the status at the end
-  local cases=(
-    "garbage|$unzip|Instalace proběhla úspěšně"
-    "cut|$short|Instalace proběhla úspěšně"
-    "empty|$short|Instalace proběhla úspěšně"
-    "directory|Nelze otevřít soubor @|Instalace nebyla úspěšná|Chyba při kopírování souboru @"
-    "korv|Neznámé klíčové slovo v souboru #A.KORV|Instalace nebyla úspěšná"
-    "count||Instalace proběhla úspěšně"
-  )
-  fresh_prefix prefix
-  local n=0 c how box end box2
-  for c in "${cases[@]}"; do
-    n=$((n + 1))
-    IFS='|' read -r how box end box2 <<<"$c"
-    local m=$sdir/m$n
-    cp -r "$sdir/medium" "$m"
-    case $how in
-      garbage) head -c 5000 /dev/urandom >"$m/$stored" ;;
-      cut) head -c 1000 "$sdir/medium/$stored" >"$m/$stored.cut" && mv "$m/$stored.cut" "$m/$stored" ;;
-      empty) : >"$m/$stored" ;;
-      directory) rm "$m/$stored" && mkdir "$m/$stored" ;;
-      count) python3 -c "import sys; d = bytearray(open(sys.argv[1], 'rb').read()); d[86] += 50; open(sys.argv[1], 'wb').write(bytes(d))" "$m/DISKLIST.LST" ;;
-      korv) printf 'DISK: 1\r\n\001\377 smeti\r\n' >"$m/A.KORV" ;;
-    esac
-    box=${box//@/$(source_of "$m")$stored}
-    box=${box//#/$(source_of "$m")}
-    if [ -z "$box" ]; then
-      robot badmedia_packed0 SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" END="$end"
-    elif [ -n "$box2" ]; then
-      robot badmedia_packed2 SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" BOX="$box" END="$end" \
-        BOX2="${box2//@/$(source_of "$m")$stored}"
-    else
-      robot badmedia_packed SETUP="$m/SETUP.EXE" TARGET="C:\\P$n\\" BOX="$box" END="$end"
+# Refused in one run of SETUP: a name and a directory whose cut 16 characters are bad (the box
+# shows the cut text), a record on a disk past the last whose file is not there, a DISKLIST.LST
+# that is a directory.
+refused_script() {
+  : >"$sdir/refused.kxr"
+  variant 1 && edit 'A.TXT:name=ZLY\x01AAAAAAAAAAAAX' || return 1
+  attempt refused 1 "$SRC" 'C:\R1\' " Chyba |${bad_record}ZLY?AAAAAAAAAAAA|OK"
+  variant 2 && edit 'C.TXT:directory=..SUBSUBSUBSUBSUB' || return 1
+  attempt refused 2 "$SRC" 'C:\R2\' " Chyba |${bad_record}..SUBSUBSUBSUBSU|OK"
+  variant 3 && edit 'A.TXT:disk=30' && rm "$M/A.TXT" || return 1
+  attempt refused 3 "$SRC" 'C:\R3\' "Oznámení|Vlož DISK30|&O.K." " Chyba |Nesprávná disketa|OK" "Dotaz|Zkusit znovu|&Ne"
+  variant 4 && rm "$M/DISKLIST.LST" && mkdir "$M/DISKLIST.LST" || return 1
+  attempt refused 4 "$SRC" 'C:\R4\' " Chyba |Nelze otevřít soubor ${SRC}DISKLIST.LST|OK" \
+    " Chyba |Chyba při kopírování souboru ${SRC}DISKLIST.LST|OK"
+  attempts_end refused
+}
+refused_untouched() {
+  local i stray
+  for i in 1 2 3 4; do recorded "C:\\R$i\\"; done
+  absent 'C:\R1\A.TXT' 'C:\R2\SUB'
+  stray=$(find "$WINEPREFIX" "$sdir" -name 'ZLY*' -o -name '..SUB*' 2>/dev/null)
+  [ -z "$stray" ] || fail "a bad name reached the disk: $stray"
+}
+
+# BOMBA.BIN (declared 20,000 bytes) inflates to 1 GiB of zeros; PETKRAT.BIN to five times its
+# declared size, which is no reason to refuse it.
+bomb() {
+  python3 -c 'import sys, zlib
+c, z = zlib.compressobj(9), bytes(1 << 20)
+with open(sys.argv[1], "wb") as o:
+    for _ in range(1024): o.write(c.compress(z))
+    o.write(c.flush())' "$M/BOMBA.BI_" &&
+    python3 -c 'import sys, zlib
+p = bytes((i * 7 + i // 256) & 255 for i in range(100000))
+open(sys.argv[1], "wb").write(p)
+open(sys.argv[2], "wb").write(zlib.compress(p, 9))' "$sdir/petkrat.plain" "$M/PETKRAT.BI_"
+}
+
+# earlier KIND: an earlier install in C:\W-KIND\ (its UNINST.LST, a stand-in uninstaller that
+# leaves everything) whose SYSTEM.WCO is no configuration file. The one before goes: the
+# registry names its SYSTEM.WCO, the new target's own file must be the one found.
+earlier() {
+  rm -rf "$C"/W-*
+  local t=$C/W-$1
+  mkdir -p "$t/EXE" && : >"$t/UNINST.LST" && cp "$win/tests/e2e/kx_e2e_stub0.exe" "$t/EXE/UNINSTAL.EXE"
+  case $1 in
+    # (no Ctrl-Z: a text read on Windows would end there, before the garbage)
+    random) head -c 30000 /dev/urandom | tr -d '\n\r\032' ;;
+    longline) printf 'Konfiguracni soubor KORVEX\r\n\r\n'; yes 'klic=hodnota ' | head -c 100000 | tr -d '\n' ;;
+    empty) printf '\r\n\r\n\r\n\r\n' ;;
+    outside) printf 'system_path=\\JINDE\\\r\nBEGIN[]\r\nx=1\r\n' ;;
+  esac >"$t/EXE/SYSTEM.WCO"
+}
+
+# drives [clear|readonly]: D: a tmpfs of 8 MB, E: a read-only one (root only; where mounting
+# is refused, the rows that need them are left out).
+drives() {
+  local d=$sdir/drive-d e=$sdir/drive-e
+  if [ -z "${drives_made:-}" ]; then
+    drives_made=0
+    mkdir -p "$d" "$e"
+    if mount -t tmpfs -o size=8m tmpfs "$d" 2>/dev/null; then
+      cleanups+=("umount '$d' 2>/dev/null || umount -l '$d'")
+      mount -t tmpfs -o ro,size=1m tmpfs "$e" 2>/dev/null && drives_made=1 &&
+        cleanups+=("umount '$e' 2>/dev/null || umount -l '$e'")
     fi
-    if [ "$how" = count ]; then
-      # A count past the records: the records that are there are installed, no more.
-      [ -e "$cdrive/P$n/DATA.BIN" ] && [ -e "$cdrive/P$n/EXE/KORV5.EXE" ] ||
-        fail "medium $n: the records of a list with too large a count were not installed"
-    elif [ -e "$cdrive/P$n/DATA.BIN" ]; then fail "medium $n: DATA.BIN was installed from a bad stored file"; fi
-    [ -d "$cdrive/P$n" ] && { badmedia_recorded_all "$cdrive/P$n" "C:\\P$n\\" || fail "medium $n: a file not in UNINST.LST"; }
-  done
+    ln -sfn "$d" "$WINEPREFIX/dosdevices/d:" && ln -sfn "$e" "$WINEPREFIX/dosdevices/e:"
+  fi
+  [ $drives_made = 1 ] || { say "   no private tmpfs (mount refused)"; skip=1; return 0; }
+  [ "${1:-}" != clear ] || rm -rf "${d:?}"/*
+}
+# D:\KORV5\SLIB a read-only mount: first the installed and stored name of its first file.
+readonly_slib() {
+  local s=$sdir/drive-d/KORV5/SLIB
+  mkdir -p "$s"
+  mount -t tmpfs -o ro,size=1m tmpfs "$s" 2>/dev/null || { say "   a read-only mount inside D: was refused"; skip=1; return 0; }
+  cleanups+=("umount '$s' 2>/dev/null || umount -l '$s'")
+  read -r -a first <<<"$(list_records "$M1" | awk -F'\t' '$3 == "SLIB" { print $1, $2; exit }')"
 }
 
-# badmedia_recorded_all DIR WINDIR: every file under DIR (but UNINST.LST) is in its UNINST.LST.
-badmedia_recorded_all() {
-  python3 - "$@" <<'PY2'
-import os, sys
-d, w = sys.argv[1], sys.argv[2]
-u = os.path.join(d, 'UNINST.LST')
-data = open(u, 'rb').read() if os.path.exists(u) else b''
-paths = {data[i:i + 1028][2:].split(b'\0')[0].decode('cp1250').upper() for i in range(0, len(data) - 1027, 1028)}
-bad = 0
-for top, dirs, files in os.walk(d):
-    for f in files:
-        rel = os.path.relpath(os.path.join(top, f), d).replace('/', '\\')
-        if rel.upper() != 'UNINST.LST' and (w + rel).upper() not in paths:
-            print('   not in UNINST.LST:', w + rel)
-            bad = 1
-sys.exit(bad)
-PY2
+# snapshot NAME: the running prefix (files, registry) as $sdir/NAME.gz, with the wineserver down.
+snapshot() {
+  wine_env_down
+  python3 "$here/snapshot.py" take "$WINEPREFIX" "$sdir/$1.gz" | sed 's/^/   /'
+  local rc=${PIPESTATUS[0]}
+  wine_env_use "$WINEPREFIX"
+  [ "$rc" = 0 ] || fail "step $step: snapshot $1 (exit $rc)"
 }
 
-# Further scenarios, one file a group; each defines scenario_NAME functions with the helpers above.
-for f in "$here"/scenarios/*.sh; do
-  [ -e "$f" ] && source "$f"
-done
+# compare NAME CODE: the snapshot before against NAME, with the user's design kept; CODE 1: the
+# compare must fail and show what an install makes, 0: nothing else changed.
+compare() {
+  local log=$sdir/$step-compare-$1.txt rc what
+  python3 "$here/snapshot.py" compare "$sdir/before.gz" "$sdir/$1.gz" --kept 'C:\KORV5\Navrhy\MUJ.D32' >"$log" 2>&1
+  rc=$?
+  sed 's/^/   /' "$log" | tail -"$((30 - 29 * $2))"
+  [ $rc = "$2" ] || fail "step $step: compare before and $1: exit $rc, not $2 (see $log)"
+  if [ "$2" = 1 ]; then
+    for what in 'new F drive_c/KORV5/EXE/KORV5.EXE ' 'new F drive_c/KORV5/UNINST.LST ' \
+        'new K HKLM Software\\\\Microsoft\\\\Windows\\\\CurrentVersion\\\\Uninstall\\\\KORVEX$' \
+        'new K HKLM Software\\\\Classes\\\\d32_file$' 'new F .*/Desktop/KORVEX.lnk ' \
+        'new F .*/Quick Launch/KORVEX.lnk ' 'new F .*/Start Menu/Programs/KORVEX/'; do
+      grep -qi "^  $what" "$log" || fail "step $step: the compare does not show: $what"
+    done
+  else
+    cmp -s "$C/KORV5/Navrhy/MUJ.D32" "$sdir/design.d32" || fail "step $step: the user's design changed"
+  fi
+}
 
-# ---- main --------------------------------------------------------------------------------
+# SETUP "$m" from the directory $sdir/cwd, where it writes its log MMBIN.MM.
+memory_script() {
+  sed 's/^start \${SETUP}$/start ${SETUP} "$m"/' "$here/open.kxr" >"$sdir/open_m.kxr"
+  RUN_DIR=$sdir/cwd
+  mkdir -p "$RUN_DIR"
+}
+# The log is in the current directory, not beside the program.
+memory_log() {
+  [ ! -e "$M1/MMBIN.MM" ] || fail "MMBIN.MM was written beside the program, not in the current directory"
+  [ -f "$sdir/cwd/MMBIN.MM" ] || fail "no MMBIN.MM in the current directory"
+}
 
-scenario=${1:-}
-if [ -z "$scenario" ]; then
-  say "usage: run.sh SCENARIO | --prefix"
-  exit 2
-fi
-display_up || exit 1
-if [ "$scenario" = --prefix ]; then
-  start=$(date +%s)
-  make_pristine || exit 1
-  say "pristine prefix in $work/pristine ($(($(date +%s) - start)) s)"
-  exit 0
-fi
-if ! declare -F "scenario_$scenario" >/dev/null; then
-  say "run.sh: no scenario $scenario"
-  exit 2
-fi
+# ---- main ------------------------------------------------------------------------------------
+
+# rows_of [SCENARIO]: the rows of SCENARIO, continuation lines joined; without one, the names.
+rows_of() {
+  scenarios | awk -v want="${1:-}" '
+    function flush(name) {
+      if (row == "") return
+      name = row
+      sub(/[[:space:]]*\|.*/, "", name)
+      if (want == "") print name
+      else if (name == want) print row
+    }
+    /^[[:space:]]*(#|$)/ { next }
+    /^[[:space:]]+\|/ { row = row $0; next }
+    { flush(); row = $0 }
+    END { flush() }' | { if [ -z "${1:-}" ]; then uniq; else cat; fi; }
+}
+
+case ${1:-} in
+  "") say "usage: run.sh SCENARIO | --prefix | --list"; exit 2 ;;
+  --list) rows_of; exit 0 ;;
+  --prefix)
+    start=$(date +%s)
+    wine_env_display && wine_env_prefix "$work/pristine" && wine_env_down || exit 1
+    [ -f "$work/pristine/system.reg" ] || { say "run.sh: no prefix was made in $work/pristine"; exit 1; }
+    say "pristine prefix in $work/pristine ($(($(date +%s) - start)) s)"
+    exit 0 ;;
+esac
+scenario=$1
+mapfile -t rows < <(rows_of "$scenario")
+[ ${#rows[@]} -gt 0 ] || { say "run.sh: no scenario $scenario"; exit 2; }
 for f in "$robot_exe" "$check_exe" "$setup_exe" "$mkmedium" "$win/tools/KORV5.exe" "$win/tools/UNINSTAL.exe" \
     "$win/tools/CONFIG.exe" "$win/tests/e2e/kx_e2e_stub0.exe" "$win/tests/e2e/kx_e2e_stub1.exe"; do
   [ -e "$f" ] || { say "run.sh: $f is missing (build the Windows targets; KX_E2E_MKMEDIUM for the native mkmedium)"; exit 2; }
 done
-[ -f "$work/pristine/system.reg" ] || make_pristine || exit 1
+wine_env_display || exit 1
+[ -f "$work/pristine/system.reg" ] || wine_env_prefix "$work/pristine" || exit 1
 sdir=$work/$scenario
-rm -rf "$sdir"
-mkdir -p "$sdir"
+rm -rf "$sdir" && mkdir -p "$sdir"
+TARGET='C:\KORV5\' P="" M="" M1="" SRC="" BASE="" DATA="" C="" QUICK="" QUICKBOX="" KX_QUICK=0 skipped=0 SAVED="" NEED=""
 start=$(date +%s)
-"scenario_$scenario"
+for r in "${rows[@]}"; do
+  IFS='|' read -r c1 c2 c3 c4 c5 c6 c7 <<<"$r"
+  for v in c2 c3 c4 c5 c6 c7; do trim $v "${!v}"; done
+  row "$scenario" "$c2" "$c3" "$c4" "$c5" "$c6" "$c7"
+done
 say "== $scenario: $failures failed, $(($(date +%s) - start)) s"
+cleanup
 # A passed scenario keeps its logs, not its prefixes and media.
-if [ $failures = 0 ]; then
-  wine_down
-  find "$sdir" -mindepth 1 -maxdepth 1 -type d -exec rm -rf {} +
-fi
+[ $failures = 0 ] && find "$sdir" -mindepth 1 -maxdepth 1 -type d -exec rm -rf {} +
 exit $((failures > 0))

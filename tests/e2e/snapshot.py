@@ -2,10 +2,9 @@
 """snapshot.py - what a Wine prefix holds, taken before and after a run, and compared.
 
   snapshot.py take PREFIX OUT            writes the snapshot of PREFIX (wineserver down) to OUT
-  snapshot.py diff BEFORE AFTER          prints every difference, nothing ignored; exit 1 if any
   snapshot.py compare BEFORE AFTER [--kept WINPATH]...
-                                         the round trip: exit 0 only when nothing changed but
-                                         Wine's own keys (IGNORED below) and the files given
+                                         prints the differences; exit 0 only when nothing changed
+                                         but Wine's own keys (IGNORED below) and the files given
                                          with --kept and the directories that hold them
 
 A snapshot (gzip, one line an item, sorted) holds every file of the prefix (path, size,
@@ -240,12 +239,6 @@ def main(argv):
     if len(argv) == 4 and argv[1] == 'take':
         take(argv[2], argv[3])
         return 0
-    if len(argv) == 4 and argv[1] == 'diff':
-        ds = differences(load(argv[2]), load(argv[3]))
-        for d in ds:
-            print_difference(d)
-        print('%d differences' % len(ds))
-        return 1 if ds else 0
     if len(argv) >= 4 and argv[1] == 'compare' and len(argv) % 2 == 0:
         kept = []
         for n in range(4, len(argv), 2):
