@@ -1,33 +1,28 @@
 #!/usr/bin/env bash
-# run.sh SCENARIO  - one end-to-end scenario of the installer under Wine: the rows of the table
-#                    below whose first column is SCENARIO, in order.
-# run.sh --prefix  - makes the pristine prefix that every scenario copies (CTest runs it once per
-#                    test run, as the fixture E2E.Prefix).
-# run.sh --list    - the scenarios' names.
+# run.sh SCENARIO | --prefix | --list: one end-to-end scenario of the installer under Wine (the
+# rows of the table below with that name, in order); the pristine prefix every scenario copies
+# (CTest's fixture E2E.Prefix); the scenarios' names.
 #
-# A row is one run of a program under Wine, in the columns
-#   scenario | medium | prefix | prep | robot | exit | checks
-#   medium   a medium made with the native mkmedium: a payload (the payload_NAME function below)
-#            and mkmedium's options ("bare": no README.TXT and no descriptions); "demo" the demo
-#            medium; "=" or "-" the row before's. Sets P (payload), M (medium), M1 (its first
-#            disk), SRC (the source field's text for M1).
-#   prefix   "quick" a fresh copy of the pristine prefix with a quick-launch folder, "plain"
-#            one without, "-" the running one. Sets QUICK/QUICKBOX (what the dialog's
-#            quick-launch box shows at the start and after a failure) and KX_E2E_QUICK.
-#   prep     shell commands (the damages to apply, files to put in place), or "-".
-#   robot    PIECE+PIECE... [NAME=VALUE]...: the robot script made of tests/e2e/PIECE.kxr (@PIECE:
-#            $sdir/PIECE.kxr, made by prep), with SETUP, SOURCE, TARGET, UNINSTAL, QUICK,
-#            QUICKBOX, URL and the NAME=VALUE given (also set as shell variables for the checks);
-#            or !PROGRAM ARGS...: the program run under Wine directly.
-#   exit     the exit code expected of the robot or program.
-#   checks   items separated by ";": a shell check below (lower case), or SUITE... [NAME=VALUE]...:
-#            the suites of kx_e2e_check with KX_E2E_NAME=VALUE (check_lib.h) in its environment.
-# prep, robot and checks are evaluated by the shell when the row runs (quote values with blanks).
+# A row is one run of a program under Wine:  scenario | medium | prefix | prep | robot | exit | checks
+#   medium  PAYLOAD [mkmedium options] [bare]: the tree payload_PAYLOAD (below) made a medium with
+#           README.TXT and descriptions (bare: without); "demo" the demo medium; "=" or "-" the
+#           row before's. Sets P (payload), M (medium), M1 (its first disk), SRC (the source field).
+#   prefix  "quick" a fresh copy of the pristine prefix with a quick-launch folder, "plain" one
+#           without (both set TARGET to C:\KORV5\), "-" the running one.
+#   prep    shell commands: damages to apply, files to put in place; "-" none.
+#   robot   PIECE+PIECE... [NAME=VALUE]...: the robot on tests/e2e/PIECE.kxr joined (@PIECE: made
+#           by prep in $sdir) with SETUP, SOURCE, TARGET, UNINSTAL, QUICK/QUICKBOX (the quick-launch
+#           box at the start and after a failure), URL and the values given (also shell
+#           variables for the checks); or !PROGRAM ARGS...: that program run under Wine.
+#   exit    the exit code expected of the robot or the program.
+#   checks  items separated by ";": a shell check below (lower case), or SUITE... [NAME=VALUE]...:
+#           suites of kx_e2e_check (checks.cpp) with KX_E2E_NAME=VALUE in the environment.
+# prep, robot and checks are evaluated by the shell when the row runs.
 #
-# Everything lands in WORK/SCENARIO; a passed scenario keeps its logs only. The exit code is 0
-# when every step passed. Environment: KX_E2E_WIN the Windows build directory (default
-# build/e2e-win), KX_E2E_MKMEDIUM the native mkmedium (default: build/host), KX_E2E_WORK the work
-# directory (default WIN/tests/e2e), DISPLAY (or KX_DISPLAY) an X display to use.
+# Everything lands in WORK/SCENARIO (a passed scenario keeps its logs only); exit 0 when every
+# step passed. KX_E2E_WIN: the Windows build (default build/e2e-win), KX_E2E_MKMEDIUM: the
+# native mkmedium (default: build/host's), KX_E2E_WORK: the work directory (WIN/tests/e2e),
+# DISPLAY or KX_DISPLAY: an X display to use.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
@@ -158,11 +153,7 @@ trap cleanup EXIT
 
 # ---- payloads and media ----------------------------------------------------------------------
 
-programs() {
-  mkdir -p "$1/EXE"
-  local p
-  for p in KORV5 CONFIG UNINSTAL; do cp "$win/tools/$p.exe" "$1/EXE/$p.EXE"; done
-}
+programs() { mkdir -p "$1/EXE" && for p in KORV5 CONFIG UNINSTAL; do cp "$win/tools/$p.exe" "$1/EXE/$p.EXE"; done; }
 
 # The installed tree: the suite's programs, libraries in subdirectories, files in the target
 # directory (random binary, an empty one, one of exactly 4096 bytes).
@@ -173,52 +164,27 @@ payload_full() {
   head -c 4096 /dev/zero | tr '\0' 'K' >"$1/CLUSTER.BIN"
   : >"$1/PRÁZDNÝ.TXT"
 }
-# The real main program with a tail of its own, so that each copy can be told apart and runs.
+# The real main program with a tail of its own: each copy can be told apart and runs.
 payload_alternatives() {
-  payload_full "$1"
-  { cat "$win/tools/KORV5.exe"; printf 'KVWALL'; } >"$1/EXE/KVWALL.EXE"
-  { cat "$win/tools/KORV5.exe"; printf 'kvwpp'; } >"$1/EXE/kvwpp.exe"
+  payload_full "$1" && { cat "$win/tools/KORV5.exe"; printf 'KVWALL'; } >"$1/EXE/KVWALL.EXE" &&
+    { cat "$win/tools/KORV5.exe"; printf 'kvwpp'; } >"$1/EXE/kvwpp.exe"
 }
-payload_large() {
-  payload_full "$1"
-  local i
-  for i in $(seq -w 1 40); do head -c 1500000 /dev/urandom >"$1/SLIB/VELKY$i.S32"; done
-}
-payload_floppies() {
-  payload_full "$1"
-  local i
-  for i in 1 2 3; do head -c 1500000 /dev/urandom >"$1/MLIB/VELKY$i.LIB"; done
-}
+payload_large() { payload_full "$1" && for i in $(seq -w 1 40); do head -c 1500000 /dev/urandom >"$1/SLIB/VELKY$i.S32"; done; }
+payload_floppies() { payload_full "$1" && for i in 1 2 3; do head -c 1500000 /dev/urandom >"$1/MLIB/VELKY$i.LIB"; done; }
 payload_helppack() { payload_full "$1" && mkdir -p "$1/hhlppack" && cp "$win/tests/e2e/kx_e2e_stub0.exe" "$1/hhlppack/hhupd.exe"; }
 payload_mainfails() { payload_full "$1" && cp "$win/tests/e2e/kx_e2e_stub1.exe" "$1/EXE/KORV5.EXE"; }
-payload_small() {
-  mkdir -p "$1/SUB"
-  printf 'soubor A\r\n' >"$1/A.TXT"
-  printf 'soubor B\r\n' >"$1/B.TXT"
-  printf 'soubor C\r\n' >"$1/SUB/C.TXT"
-}
+payload_small() { mkdir -p "$1/SUB" && for f in A.TXT B.TXT SUB/C.TXT; do printf 'soubor %s\r\n' "$f" >"$1/$f"; done; }
 payload_names() {
-  programs "$1"
-  mkdir -p "$1/ADRESAR_BEZ_NULY"
-  printf 'jmeno bez nuly\r\n' >"$1/JMENO_BEZ_NULY.T"
-  printf 'ulozene jmeno bez nuly\r\n' >"$1/ULOZENY_SOUBOR.B"
-  printf 'adresar bez nuly\r\n' >"$1/ADRESAR_BEZ_NULY/SOUBOR.TXT"
-  printf 'popis bez nuly\r\n' >"$1/POPIS.TXT"
-  printf 'ridici znaky v popisu\r\n' >"$1/RIDICI.TXT"
+  programs "$1" && mkdir -p "$1/ADRESAR_BEZ_NULY"
+  for f in JMENO_BEZ_NULY.T ULOZENY_SOUBOR.B ADRESAR_BEZ_NULY/SOUBOR.TXT POPIS.TXT RIDICI.TXT; do printf '%s\r\n' "$f" >"$1/$f"; done
 }
 payload_refused() { programs "$1" && payload_small "$1" && rm "$1/B.TXT"; }
 payload_bomb() { programs "$1" && head -c 20000 /dev/urandom >"$1/BOMBA.BIN" && head -c 20000 /dev/urandom >"$1/PETKRAT.BIN"; }
 payload_wco() { programs "$1" && printf 'soubor\r\n' >"$1/A.TXT"; }
 payload_big() { programs "$1" && head -c 12000000 /dev/urandom >"$1/VELKY.BIN" && printf 'zbytek\r\n' >"$1/ZBYTEK.TXT"; }
 payload_zeros() { programs "$1" && head -c 12000000 /dev/zero >"$1/VELKY.BIN" && printf 'zbytek\r\n' >"$1/ZBYTEK.TXT"; }
-payload_slib() {
-  programs "$1" && rm "$1/EXE/CONFIG.EXE"
-  mkdir -p "$1/SLIB" && cp "$root"/tools/demo/payload/SLIB/* "$1/SLIB/" && printf 'data\r\n' >"$1/DATA.TXT"
-}
-payload_disks() {
-  programs "$1" && rm "$1/EXE/CONFIG.EXE"
-  head -c 400000 /dev/urandom >"$1/VELKY1.BIN" && head -c 400000 /dev/urandom >"$1/VELKY2.BIN"
-}
+payload_slib() { programs "$1" && rm "$1/EXE/CONFIG.EXE" && cp -r "$root"/tools/demo/payload/SLIB "$1/" && printf 'data\r\n' >"$1/DATA.TXT"; }
+payload_disks() { programs "$1" && rm "$1/EXE/CONFIG.EXE" && head -c 400000 /dev/urandom >"$1/VELKY1.BIN" && head -c 400000 /dev/urandom >"$1/VELKY2.BIN"; }
 
 # capacity BYTES: a disk that holds SETUP.EXE and BYTES more.
 capacity() { echo $(($(stat -c %s "$setup_exe") + $1)); }

@@ -20,25 +20,17 @@ import sys
 
 HIVES = {'system.reg': 'HKLM', 'user.reg': 'HKCU', 'userdef.reg': 'HKU\\.Default'}
 
-# Keys and values that Wine itself changes, whatever program runs: found by snapshots around a
-# do-nothing program ("wine cmd /c exit", "wine rundll32 user32.dll,MessageBeep") on a fresh
-# copy of the pristine prefix. Each is changed once per prefix, at the first start of such a
-# program, and not at later starts (nor by "wineboot -r"); the scenario's first windowed
-# program is the installer. The plug-and-play service does its part after the program has
-# ended, so it may fall before or after the first snapshot. Entries: (hive, key, value name);
-# the value name None stands for the key, its values and every key below it, "" for the key
-# alone (that it exists). Compared without regard to case.
+# Keys and values that Wine itself changes once per prefix, at the first start of any program
+# (found with snapshots around "wine cmd /c exit" and "rundll32 user32.dll,MessageBeep"; the
+# plug-and-play service may do its part after the first snapshot). Entries: (hive, key, value
+# name); None stands for the key and all below it, "" for the key alone; case is ignored.
 IGNORED = [
-    # The display driver registers the adapter and the monitor again at the first start of a
-    # program with windows: the classes lose their default value, the adapter gets the time
-    # of that start as its driver date.
+    # The display driver registers the adapter and the monitor again (date of that start).
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E968-E325-11CE-BFC1-08002BE10318}', '@'),
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E968-E325-11CE-BFC1-08002BE10318}\\0000',
      '"DriverDateData"'),
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E96E-E325-11CE-BFC1-08002BE10318}', '@'),
-    # The first start of any program: the plug-and-play service registers Wine's virtual HID
-    # device (vendor 845E) under two interface classes (the first of which it may create), and
-    # the empty NetworkCards key goes.
+    # Wine's virtual HID device (vendor 845E) registered; the empty NetworkCards key gone.
     ('HKLM', r'System\\CurrentControlSet\\Control\\DeviceClasses\\{378DE44C-56EF-11D1-BC8C-00A0C91405DD}', ''),
     ('HKLM', r'System\\CurrentControlSet\\Control\\DeviceClasses\\{4D1E55B2-F16F-11CF-88CB-001111000030}', ''),
     ('HKLM', r'System\\CurrentControlSet\\Control\\DeviceClasses\\{378DE44C-56EF-11D1-BC8C-00A0C91405DD}'
