@@ -43,6 +43,10 @@ scenarios() {
   cat <<'EOF'
 fresh_packed   | full --flat --packed --level 9 | quick | - | open+install+target+done | 0 | Install
 fresh_plain    | full --flat --plain | plain | - | open+install+target+done | 0 | Install
+# A signed medium shipped as a CD image, installed from drive D: of type cdrom; the installed
+# KORV5.EXE carries a signature that verifies against the throwaway certificate.
+cdrom_signed   | signed --packed --sign "sh $sdir/ca/sign.sh {}" --iso "$sdir/korvex.iso" | quick | cd_drive
+               | open+install+target+done SETUP='D:\SETUP.EXE' SOURCE='D:\' | 0 | Install; signature
 # Floppies: the source directory holds one disk at a time, the robot changes them.
 floppies       | floppies --packed --capacity $(capacity 1600000) | quick | floppy_disks
                | open+floppies+@disks+done SETUP="$sdir/setup/SETUP.EXE" FLOPPY="$FLOPPY" DISKS="$(winpath "$M")" | 0 | Install
@@ -171,6 +175,15 @@ payload_alternatives() {
 }
 payload_large() { payload_full "$1" && for i in $(seq -w 1 40); do head -c 1500000 /dev/urandom >"$1/SLIB/VELKY$i.S32"; done; }
 payload_floppies() { payload_full "$1" && for i in 1 2 3; do head -c 1500000 /dev/urandom >"$1/MLIB/VELKY$i.LIB"; done; }
+# The programs signed with a throwaway certificate as mkmedium --sign packs them; the signer
+# also puts each signed copy into the expected payload $sdir/signed (its path after /tree/).
+payload_signed() {
+  payload_full "$1" && cp -r "$1" "$sdir/signed" && mkdir -p "$sdir/ca" || return 1
+  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=KORVEX test" -keyout "$sdir/ca/key.pem" \
+    -out "$sdir/ca/cert.pem" >"$sdir/ca/openssl.txt" 2>&1 || return 1
+  printf '%s\n' "osslsigncode sign -certs '$sdir/ca/cert.pem' -key '$sdir/ca/key.pem' -n KORVEX -in \"\$1\" -out \"\$1.s\" >/dev/null || exit 1" \
+    'mv "$1.s" "$1" || exit 1' "case \$1 in */tree/*) cp \"\$1\" '$sdir/signed/'\"\${1#*/tree/}\" ;; esac" >"$sdir/ca/sign.sh"
+}
 payload_helppack() { payload_full "$1" && mkdir -p "$1/hhlppack" && cp "$win/tests/e2e/kx_e2e_stub0.exe" "$1/hhlppack/hhupd.exe"; }
 payload_mainfails() { payload_full "$1" && cp "$win/tests/e2e/kx_e2e_stub1.exe" "$1/EXE/KORV5.EXE"; }
 payload_small() { mkdir -p "$1/SUB" && for f in A.TXT B.TXT SUB/C.TXT; do printf 'soubor %s\r\n' "$f" >"$1/$f"; done; }
@@ -231,6 +244,8 @@ medium() {
       options+=(--readme "$sdir/README.TXT" --descriptions "$sdir/popisy.txt")
     fi
     "$mkmedium" --setup "$setup_exe" "${options[@]}" "$P" "$M" >"$M.log" 2>&1 || { cat "$M.log"; return 1; }
+    # Every medium made here passes the builder's own check before a scenario damages it.
+    "$mkmedium" --verify "$M" >>"$M.log" 2>&1 || { cat "$M.log"; return 1; }
   fi
   BASE=$M
   point_at "$M"
@@ -391,6 +406,20 @@ floppy_source() {
   cp "$M/DISK1/SETUP.EXE" "$sdir/setup/" && cp "$M/DISK1"/* "$sdir/floppy/" && rm "$sdir/floppy/SETUP.EXE"
   FLOPPY="$(winpath "$sdir/floppy")\\"
   read -r -a second <<<"$(list_records "$M1" | awk -F'\t' '$5 == 2 { print $1, $2; exit }')"
+}
+
+# The CD image checked, unpacked to the directory that drive D: (a CD drive) shows.
+cd_drive() {
+  "$mkmedium" --verify "$sdir/korvex.iso" >"$sdir/verify.txt" 2>&1 || { cat "$sdir/verify.txt"; return 1; }
+  xorriso -osirrox on -indev "$sdir/korvex.iso" -extract / "$sdir/cd" >"$sdir/xorriso.txt" 2>&1 || return 1
+  cleanups+=("chmod -R u+w '$sdir/cd'")
+  point_at "$sdir/cd" && P=$sdir/signed && ln -sfn "$sdir/cd" "$WINEPREFIX/dosdevices/d:" &&
+    wine reg add 'HKLM\Software\Wine\Drives' /v d: /d cdrom /f >/dev/null 2>&1 </dev/null
+}
+signature() {
+  osslsigncode verify -CAfile "$sdir/ca/cert.pem" -in "$(unix_of 'C:\KORV5\EXE\KORV5.EXE')" >"$sdir/signature.txt" 2>&1 ||
+    fail "step $step: no good signature on the installed KORV5.EXE, see $sdir/signature.txt"
+  grep -E '^(Signer|Signature verification)' "$sdir/signature.txt" | sed 's/^/   /'
 }
 
 old_file() { mkdir -p "$C/KORV5" && printf 'stary soubor\r\n' >"$C/KORV5/DATA.BIN"; }
