@@ -26,7 +26,7 @@
 // answers one question of the driver:
 //   kx_e2e_check --space DRIVE   prints "CLUSTER FREE_CLUSTERS" of the drive ("D:"), as the
 //                                installer's disk-space check will see them
-#include "installer/ilst.h"
+#include "lists/ilst.h"
 #include "tests/support/kxtest.h"
 #include "tests/support/mmbin.h"
 
