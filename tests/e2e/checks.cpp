@@ -136,27 +136,43 @@ std::string shown(const std::string &bytes) {
   return out + "\"";
 }
 
-// The registry: a REG_SZ value; *why tells what is wrong (missing, type, length).
+std::wstring wide(const std::string &text_1250) {
+  wchar_t buf[2048];
+  int n = MultiByteToWideChar(1250, 0, text_1250.c_str(), -1, buf, 2048);
+  return n > 0 ? std::wstring(buf) : std::wstring();
+}
+
+std::string narrow(const wchar_t *text) {  // 1250; "<not 1250>" for what 1250 cannot hold
+  char buf[2048];
+  BOOL lost = FALSE;
+  int n = WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, text, -1, buf, sizeof buf, nullptr, &lost);
+  return n <= 0 || lost ? std::string("<not 1250>") : std::string(buf);
+}
+
+// The registry: a REG_SZ value; *why tells what is wrong (missing, type, length). Read through
+// the wide calls: the UTF-16 value as the registry holds it, whatever the ANSI code page of the
+// check or of the install was.
 std::string reg_text(HKEY root, const std::string &key, const char *value, std::string *why) {
   HKEY k;
   why->clear();
-  if (RegOpenKeyExA(root, key.c_str(), 0, KEY_QUERY_VALUE, &k) != ERROR_SUCCESS) {
+  if (RegOpenKeyExW(root, wide(key).c_str(), 0, KEY_QUERY_VALUE, &k) != ERROR_SUCCESS) {
     *why = "no key " + key;
     return std::string();
   }
-  char buf[2048];
-  memset(buf, 0x5A, sizeof buf);
+  wchar_t buf[2048];
+  wmemset(buf, 0x5A, 2048);
   DWORD size = sizeof buf, type = 0;
-  LONG rc = RegQueryValueExA(k, value, nullptr, &type, (BYTE *)buf, &size);
+  LONG rc = RegQueryValueExW(k, value ? wide(value).c_str() : nullptr, nullptr, &type, (BYTE *)buf, &size);
   RegCloseKey(k);
   if (rc != ERROR_SUCCESS) {
     *why = std::string("no value ") + (value ? value : "(default)") + " in " + key;
     return std::string();
   }
-  std::string text(buf, strnlen(buf, size));
+  size_t units = wcsnlen(buf, size / 2);
   if (type != REG_SZ) *why = "type " + std::to_string(type) + " instead of REG_SZ; ";
-  if (size != text.size() + 1) *why += "length " + std::to_string(size) + " instead of " + std::to_string(text.size() + 1);
-  return text;
+  if (size != 2 * (units + 1)) *why += "length " + std::to_string(size) + " instead of " + std::to_string(2 * (units + 1));
+  buf[units < 2048 ? units : 2047] = 0;
+  return narrow(buf);
 }
 
 bool reg_key_exists(HKEY root, const std::string &key) {
@@ -168,19 +184,22 @@ bool reg_key_exists(HKEY root, const std::string &key) {
 
 Link read_link(const std::string &file) {
   Link link;
-  IShellLinkA *shell = nullptr;
-  if (FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA, (void **)&shell)))
+  IShellLinkW *shell = nullptr;
+  if (FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, (void **)&shell)))
     return link;
   IPersistFile *persist = nullptr;
   if (SUCCEEDED(shell->QueryInterface(IID_IPersistFile, (void **)&persist))) {
-    wchar_t wide[1024];
-    MultiByteToWideChar(CP_ACP, 0, file.c_str(), -1, wide, 1024);
-    if (SUCCEEDED(persist->Load(wide, STGM_READ))) {
-      char path[1024] = "", description[1024] = "", workdir[1024] = "";
-      link.loaded = SUCCEEDED(shell->GetPath(path, sizeof path, nullptr, SLGP_RAWPATH)) &&
-                    SUCCEEDED(shell->GetDescription(description, sizeof description)) &&
-                    SUCCEEDED(shell->GetWorkingDirectory(workdir, sizeof workdir));
-      link = {link.loaded, path, description, workdir};
+    if (SUCCEEDED(persist->Load(wide(file).c_str(), STGM_READ))) {
+      wchar_t path[1024] = L"", description[1024] = L"", workdir[1024] = L"";
+      link.loaded = SUCCEEDED(shell->GetPath(path, 1024, nullptr, SLGP_RAWPATH)) &&
+                    SUCCEEDED(shell->GetDescription(description, 1024)) &&
+                    SUCCEEDED(shell->GetWorkingDirectory(workdir, 1024));
+      // The target as the shell resolves it: the item list. (Wine keeps the path of the link's
+      // location block only in the ANSI code page, so GetPath loses what 1252 lacks.)
+      LPITEMIDLIST items = nullptr;
+      if (SUCCEEDED(shell->GetIDList(&items)) && items) SHGetPathFromIDListW(items, path);
+      CoTaskMemFree(items);
+      link = {link.loaded, narrow(path), narrow(description), narrow(workdir)};
     }
     persist->Release();
   }

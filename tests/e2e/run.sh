@@ -9,7 +9,8 @@
 #           row before's. Sets P (payload), M (medium), M1 (its first disk), SRC (the source field).
 #   prefix  "quick" a fresh copy of the pristine prefix with a quick-launch folder, "plain" one
 #           without (both set TARGET to C:\KORV5\), "-" the running one.
-#   prep    shell commands: damages to apply, files to put in place; "-" none.
+#   prep    shell commands: damages to apply, files to put in place (ROBOT_LC=LOCALE: the robot
+#           and the program under another locale, C.UTF-8 for code page 1252); "-" none.
 #   robot   PIECE+PIECE... [NAME=VALUE]...: the robot on tests/e2e/PIECE.kxr joined (@PIECE: made
 #           by prep in $sdir) with SETUP, SOURCE, TARGET, UNINSTAL, QUICK/QUICKBOX (the quick-launch
 #           box at the start and after a failure), URL and the values given (also shell
@@ -118,6 +119,13 @@ faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SA
 faults         | = | - | floppy_source cut
                | open+source+target+faults_cut+failed SETUP="$sdir/setup/SETUP.EXE" SOURCE="$FLOPPY" FLOPPY="$FLOPPY" TARGET='C:\Fcut\' SECOND="${second[1]}" DISKS="$(winpath "$M")" | 0 | Stopped STOP="${second[0]}" INSTLIST=lines
 faults         | = | - | keep_list | uninstall | 0 | restart; Removed SAVED="$SAVED"
+# A target with Czech letters that code page 1252 lacks, installed under the ANSI code page 1250
+# and again in a fresh prefix under 1252 (C.UTF-8: an English Windows): the same names on disk,
+# registry values (read as UTF-16) and shortcuts both times.
+czech_target   | full --flat --packed | quick | - | open+install+target+done TARGET='C:\Návrhové systémy\Věda\KORV5\' | 0
+               | present 'C:\Návrhové systémy\Věda\KORV5\EXE'; Install
+czech_target   | = | quick | ROBOT_LC=C.UTF-8 | open+install+target+done TARGET='C:\Návrhové systémy\Věda\KORV5\' | 0
+               | present 'C:\Návrhové systémy\Věda\KORV5\EXE'; Install
 # The round trip: the prefix after install, a saved design and the uninstall equals the one
 # before but for the design.
 roundtrip      | demo | quick | snapshot before | open+install+target+done | 0 | design; snapshot installed; compare installed 1
@@ -312,7 +320,7 @@ robot() {
       printf -v "${a%%=*}" '%s' "${a#*=}"
       case ${a%%=*} in SETUP|SOURCE|TARGET|QUICK|QUICKBOX) ;; *) more+=("$a") ;; esac
     done
-    (cd "${RUN_DIR:-$sdir}" && wine "$robot_exe" --timeout 30 "$script" SETUP="${SETUP:-$M1/SETUP.EXE}" \
+    (cd "${RUN_DIR:-$sdir}" && LC_ALL=$ROBOT_LC wine "$robot_exe" --timeout 30 "$script" SETUP="${SETUP:-$M1/SETUP.EXE}" \
       SOURCE="${SOURCE:-$SRC}" TARGET="$TARGET" UNINSTAL="${TARGET}EXE\\UNINSTAL.EXE" QUICK="$QUICK" \
       QUICKBOX="$QUICKBOX" URL="$(help_url)" "${more[@]}" "${ROBOT_ARGS[@]}" >"$log" 2>&1 </dev/null)
     rc=$?
@@ -351,7 +359,7 @@ row() {
   say "== $step: $spec"
   case $recipe in -|=) ;; *) medium "$recipe" || { fail "step $step: the medium $recipe"; return; } ;; esac
   case $prefix in -) ;; *) fresh_prefix "$prefix" || { fail "step $step: no prefix"; return; } ;; esac
-  SETUP="" SOURCE="" RUN_DIR="" skip=0 ROBOT_ARGS=()
+  SETUP="" SOURCE="" RUN_DIR="" ROBOT_LC=$LC_ALL skip=0 ROBOT_ARGS=()
   # A row that goes on from a row left out (same medium, same prefix) is left out too.
   [ "$recipe$prefix" = "=-" ] && [ "$skipped" = 1 ] && return
   skipped=0
