@@ -27,7 +27,6 @@
 //   kx_e2e_check --space DRIVE   prints "CLUSTER FREE_CLUSTERS" of the drive ("D:"), as the
 //                                installer's disk-space check will see them
 #include "lists/ilst.h"
-#include "tests/support/kxtest.h"
 #include "tests/support/mmbin.h"
 
 #include <windows.h>
@@ -97,8 +96,15 @@ std::vector<std::string> env_list(const char *name) {
 }
 
 std::string read_file(const std::string &path, bool *found = nullptr) {
-  if (found) *found = kxtest::exists(path);
-  return kxtest::read_bytes(path);
+  std::string data;
+  FILE *f = fopen(path.c_str(), "rb");
+  if (found) *found = f != nullptr;
+  if (!f) return data;
+  char buf[65536];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, f)) > 0) data.append(buf, n);
+  fclose(f);
+  return data;
 }
 
 bool file_exists(const std::string &path) {
