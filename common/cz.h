@@ -94,4 +94,17 @@ Flag cz_upper_char(char *c);
 // resp. cz_upper is applied, and the byte is written back only when the routine returned 1.
 // Return the routine's result; 0 for a null pointer (no report). A NUL byte gives 0.
 
+// ---- Unicode -------------------------------------------------------------------------------
+// The whole Windows-1250 code page (not only the Czech letters above), for texts that leave the
+// suite in Unicode: the UTF-8 log, names for tools that read UTF-8.
+
+uint32_t cz_unicode(unsigned char c);
+// The Unicode code point of the Windows-1250 byte c; 0 for the five bytes the code page leaves
+// undefined (0x81 0x83 0x88 0x90 0x98) and for c = 0.
+
+Flag cz_to_utf8(const char *text, char *utf8, size_t size);
+// Converts the Windows-1250 text to UTF-8 into utf8 (size bytes, always terminated when
+// size > 0); an undefined byte becomes U+FFFD. Returns 1; 0 when the whole text did not fit
+// (utf8 then holds the characters that did, none cut in half), when size is 0 or an argument
+// is null (no report).
 #endif

@@ -15,6 +15,29 @@ const char WE_TEXT_NO_MEMORY[] = " Málo paměti";
 static WeMainWindow main_window;
 static int main_window_set;
 static WeBoxHook box_hook;
+static WeReporter reporter;
+static int reporter_set;
+
+void we_set_reporter(const WeReporter *given) {
+  if (given) {
+    reporter = *given;
+    reporter_set = 1;
+  } else {
+    memset(&reporter, 0, sizeof reporter);
+    reporter_set = 0;
+  }
+}
+
+// What the reporter makes of a box before it is shown: WE_REPORT_SHOW or the code taken.
+static int report_before(int16_t kind, const char *title, const char *text) {
+  if (!reporter_set || !reporter.before) return WE_REPORT_SHOW;
+  return reporter.before(reporter.context, kind, title ? title : "", text ? text : "");
+}
+
+static void report_after(int16_t kind, const char *title, const char *text, int code) {
+  if (reporter_set && reporter.after)
+    reporter.after(reporter.context, kind, title ? title : "", text ? text : "", (int16_t)code);
+}
 
 void we_set_main_window(const WeMainWindow *window) {
   if (window) {
@@ -39,6 +62,10 @@ void EnableThreadWindows(void) { we_plat_enable_thread_windows(1); }
 
 // The common road of every error box: owner, disable, show, enable everything.
 static void show_box(const char *text, const char *title, unsigned flags) {
+  if (report_before(WE_REPORT_BOX, title, text) != WE_REPORT_SHOW) {
+    report_after(WE_REPORT_BOX, title, text, 1);
+    return;
+  }
   void *owner = we_main_window_handle();
   DisableThreadWindows();
   if (box_hook)
@@ -46,6 +73,7 @@ static void show_box(const char *text, const char *title, unsigned flags) {
   else
     we_plat_message_box(owner, text ? text : "", title, flags);
   EnableThreadWindows();
+  report_after(WE_REPORT_BOX, title, text, 1);
 }
 
 // vsnprintf that never overruns and leaves a terminated (possibly cut) text.
@@ -72,6 +100,10 @@ void ErrorBoxF(const char *format, ...) {
   va_end(args);
 }
 
+void InfoMessageBox(const char *title, const char *text) {
+  show_box(text, title ? title : "", WE_MB_BOX | WE_MB_ICONINFORMATION);
+}
+
 void OutOfMemoryError(void) { ErrorBox(WE_TEXT_NO_MEMORY); }
 
 static void fault_report(const char *title, const char *module, int16_t line) {
@@ -85,6 +117,7 @@ void SwitchError(const char *module, int16_t line) { fault_report(WE_TITLE_SWITC
 void InternalError(const char *module, int16_t line) { fault_report(WE_TITLE_INTERNAL, module, line); }
 
 Flag SetStatusText(const char *text) {
+  if (text && reporter_set && reporter.status) reporter.status(reporter.context, text);
   if (!text || !main_window_set || !main_window.set_status) return 1;
   main_window.set_status(main_window.context, text);
   return 1;
@@ -128,13 +161,19 @@ static int dialog_code(int16_t kind, void *owner, const char *title, const char 
     InternalError("we", __LINE__);
     return 0;
   }
-  int code = dialog_hook ? dialog_hook(kind, owner, title, text)
-             : dialog_ui ? dialog_ui(kind, owner, title, text)
-                         : we_plat_dialog(kind, owner, title, text);
+  int code = report_before(kind, title, text);
+  if (code != WE_REPORT_SHOW) {
+    report_after(kind, title, text, code);
+    return code;
+  }
+  code = dialog_hook ? dialog_hook(kind, owner, title, text)
+         : dialog_ui ? dialog_ui(kind, owner, title, text)
+                     : we_plat_dialog(kind, owner, title, text);
   if (code < 0) {
     InternalError("we", __LINE__);
     return 0;
   }
+  report_after(kind, title, text, code);
   return code;
 }
 

@@ -34,6 +34,7 @@ enum {
   WE_MB_OK = 0x0000,
   WE_MB_ICONSTOP = 0x0010,
   WE_MB_ICONEXCLAMATION = 0x0030,
+  WE_MB_ICONINFORMATION = 0x0040,
   WE_MB_TASKMODAL = 0x2000,
   WE_MB_SETFOREGROUND = 0x10000,
   // The flags of every error box, less the icon.
@@ -73,6 +74,13 @@ Flag SetStatusTextF(const char *format, ...) KX_PRINTF(1, 2);
 // status bar and has the main window bring it up to date. Does nothing, and shows nothing, when
 // the text is null, there is no main window, or the main window has no status bar.
 // Always returns 1.
+
+// ---- Information box ---------------------------------------------------------------------
+
+void InfoMessageBox(const char *title, const char *text);
+// A message box with the title, the text as body, the information icon and one OK button, as
+// the error boxes are shown (task-modal, foreground, owned by the main window when there is
+// one). Null texts show as empty.
 
 // ---- Thread windows ------------------------------------------------------------------------
 
@@ -173,5 +181,26 @@ WeDialogHook we_set_dialog_ui(WeDialogHook ui);
 // null: none. Without one, on Windows the system's plain message box asks instead (yes/no
 // buttons, no "&Vše"); the native build has no dialogs: every question answers as closed (2)
 // and notices are written to standard error. A hook set with we_set_dialog_hook goes first.
+
+// ---- The reporter: watching and answering every box -----------------------------------------
+//
+// A program that runs unattended (or keeps a log) registers a reporter. It sees every error box
+// (kind WE_REPORT_BOX, title and body as they would be shown), every question, notice and
+// message dialog (kinds WE_DIALOG_*) and every status text, also when there is no main window.
+// Its before call decides whether the box is shown: WE_REPORT_SHOW lets it come up as usual;
+// any other value is taken as the code the box or dialog ended with (1, 7, 6, 2 as the buttons
+// give them) and nothing is shown, nor are the thread's windows disabled. Its after call gets
+// the code the box ended with, shown or not (an error box: 1). The test hooks above still
+// stand in for the platform when a box is shown.
+enum { WE_REPORT_BOX = 5, WE_REPORT_SHOW = -1 };
+struct WeReporter {
+  void *context;
+  int16_t (*before)(void *context, int16_t kind, const char *title, const char *text);
+  void (*after)(void *context, int16_t kind, const char *title, const char *text, int16_t code);
+  void (*status)(void *context, const char *text);   // may be null
+};
+
+void we_set_reporter(const WeReporter *reporter);
+// Registers (a copy of) the reporter; null: none, every box is shown.
 
 #endif

@@ -640,8 +640,10 @@ Flag check_space(InstallState *state) {
   uint32_t cluster = sectors * bytes_per_sector;
   if (!list_rewind(state)) return 0;
   uint32_t clusters = 0, bytes = 0;
+  state->total_size = 0;
   int16_t got;
   while ((got = list_next(state)) > 0) {
+    state->total_size += state->size;
     uint32_t charged = state->size / cluster + 1;
     clusters += charged;
     bytes += charged * cluster;

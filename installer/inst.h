@@ -35,6 +35,7 @@ struct InstallState {
   Flag quick_launch_icon;
   FileObject *list;             // the open DISKLIST.LST, null until the first rewind
   uint16_t records_read;
+  uint64_t total_size;          // sum of the sizes of the list's records (the space check)
 };
 
 // What the procedure needs of the installer dialog. The dialog registers itself with
@@ -109,6 +110,12 @@ Flag UpdateDesktop(InstallState *state);
 Flag UpdateQuickLaunch(InstallState *state);
 Flag RegisterAppPath(InstallState *state);
 Flag RegisterUninstall(InstallState *state);
+Flag UninstallDetails(const InstallState *state);
+// Part of RegisterUninstall, after its two values: DisplayVersion "5.003-016", InstallLocation
+// (the target), DisplayIcon (program directory + "KORV5.EXE,0"), EstimatedSize (DWORD, KiB of
+// total_size, rounded up), NoModify and NoRepair (DWORD 1), QuietUninstallString (the
+// uninstaller's path in quotes + " /SILENT"). A failed write is logged, not shown. 1 when all
+// were written; 0 otherwise or for a null state (internal error).
 Flag RegisterFileTypes(InstallState *state);
 Flag RegisterConfigPath(InstallState *state);
 Flag CheckHtmlHelp(InstallState *state);

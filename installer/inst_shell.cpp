@@ -9,6 +9,7 @@
 
 #include "common/cz.h"
 #include "common/file.h"
+#include "common/log.h"
 #include "common/we.h"
 #include "installer/startup.h"
 #include "platform/inst_plat.h"
@@ -82,6 +83,16 @@ Flag shell_folder(int16_t root, const char *value, char *folder) {
   return reg_get_string(root, SHELL_FOLDERS, value, folder, KX_PATH);
 }
 
+// A shortcut in the current directory, with its line in the log.
+void make_link(const char *name, const char *target, const char *description,
+               const char *directory) {
+  Flag made = CreateShellLink(name, target, description, directory);
+  char here[KX_PATH];
+  if (!plat_current_directory(here, KX_PATH)) here[0] = 0;
+  log_line("Zástupce %s%s%s -> %s%s", here, ends_in_backslash(here) ? "" : "\\", name, target,
+           made ? "" : " (nevytvořen)");
+}
+
 // The main program's shortcut (Start menu, desktop, quick launch) in the current directory.
 void main_program_link(const InstallState *state) {
   char target[KX_PATH], directory[KX_PATH], description[KX_PATH];
@@ -89,7 +100,7 @@ void main_program_link(const InstallState *state) {
   if (!exists(target)) ErrorBox(NO_MAIN_PROGRAM);
   join(directory, sizeof directory, state->target_path, "Navrhy");
   main_description(description, sizeof description);
-  CreateShellLink(LINK_NAME, target, description, directory);
+  make_link(LINK_NAME, target, description, directory);
 }
 
 // One shortcut beside the main program's in the group folder: target, its description and
@@ -99,17 +110,31 @@ void group_link(const char *folder, const char *name, const char *program, const
   char target[KX_PATH], record[KX_PATH];
   join(target, sizeof target, program_dir, program);
   if (!exists(target)) ErrorBox(missing);
-  CreateShellLink(name, target, description, directory);
+  make_link(name, target, description, directory);
   join(record, sizeof record, folder, "\\", name);
   RecordInstalledFile(record, nullptr, nullptr);
 }
 
-Flag SetRegistryDefault(int16_t root, const char *key, const char *text) {
-  return reg_set_string(root, key, nullptr, text);
+const char *root_name(int16_t root) {
+  return root == REG_ROOT_CLASSES ? "HKCR" : root == REG_ROOT_CURRENT_USER ? "HKCU" : "HKLM";
 }
 
 Flag SetRegistryValue(int16_t root, const char *key, const char *value, const char *text) {
-  return reg_set_string(root, key, value, text);
+  Flag ok = reg_set_string(root, key, value, text);
+  log_line("Registr %s\\%s [%s] = \"%s\"%s", root_name(root), key, value ? value : "(výchozí)",
+           text ? text : "", ok ? "" : " (nezapsáno)");
+  return ok;
+}
+
+Flag SetRegistryDefault(int16_t root, const char *key, const char *text) {
+  return SetRegistryValue(root, key, nullptr, text);
+}
+
+Flag SetRegistryNumber(int16_t root, const char *key, const char *value, uint32_t number) {
+  Flag ok = reg_set_dword(root, key, value, number);
+  log_line("Registr %s\\%s [%s] = %lu (DWORD)%s", root_name(root), key, value,
+           (unsigned long)number, ok ? "" : " (nezapsáno)");
+  return ok;
 }
 
 void flush_root(int16_t root) {
@@ -252,6 +277,31 @@ Flag RegisterAppPath(InstallState *state) {
   return 1;
 }
 
+Flag UninstallDetails(const InstallState *state) {
+  if (!state) {
+    InternalError("inst", __LINE__);
+    return 0;
+  }
+  // For the system's list of programs and for deployment tools. A value that can't be written
+  // is only logged: these values are no step of their own and show no box.
+  const int16_t root = REG_ROOT_LOCAL_MACHINE;
+  char data[KX_PATH + 16];
+  Flag ok = 1;
+  snprintf(data, sizeof data, "%d.%03d-%03d", KX_VERSION_MAJOR, KX_VERSION_MINOR,
+           KX_VERSION_BUILD);
+  ok = SetRegistryValue(root, UNINSTALL_KEY, "DisplayVersion", data) && ok;
+  ok = SetRegistryValue(root, UNINSTALL_KEY, "InstallLocation", state->target_path) && ok;
+  join(data, sizeof data, program_dir, MAIN_PROGRAM, ",0");
+  ok = SetRegistryValue(root, UNINSTALL_KEY, "DisplayIcon", data) && ok;
+  uint32_t kib = (uint32_t)((state->total_size + 1023) / 1024);
+  ok = SetRegistryNumber(root, UNINSTALL_KEY, "EstimatedSize", kib) && ok;
+  ok = SetRegistryNumber(root, UNINSTALL_KEY, "NoModify", 1) && ok;
+  ok = SetRegistryNumber(root, UNINSTALL_KEY, "NoRepair", 1) && ok;
+  join(data, sizeof data, "\"", program_dir, "UNINSTAL.EXE\" /SILENT");
+  ok = SetRegistryValue(root, UNINSTALL_KEY, "QuietUninstallString", data) && ok;
+  return ok;
+}
+
 Flag RegisterUninstall(InstallState *state) {
   if (!state) {
     InternalError("inst", __LINE__);
@@ -266,6 +316,7 @@ Flag RegisterUninstall(InstallState *state) {
   join(data, sizeof data, program_dir, "UNINSTAL.EXE");
   if (!SetRegistryValue(REG_ROOT_LOCAL_MACHINE, UNINSTALL_KEY, "UninstallString", data))
     ErrorBox("Chyba při ukládání registru");
+  UninstallDetails(state);
   flush_root(REG_ROOT_LOCAL_MACHINE);
   RecordMachineKey(UNINSTALL_KEY);
   return 1;

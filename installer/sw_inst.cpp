@@ -7,6 +7,8 @@
 #include "common/st.h"
 #include "common/we.h"
 #include "installer/inst.h"
+#include "installer/switches.h"
+#include "installer/unatt.h"
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
 #include "platform/wtext.h"
@@ -451,8 +453,37 @@ static void set_heading_font(InstallerDialog *d) {
   SendMessageA(w, WM_SETFONT, (WPARAM)font, TRUE);
 }
 
+// The switches of a silent run, or null for a dialog the user drives.
+static const SetupSwitches *unattended;
+
+void sw_inst_run_unattended(const SetupSwitches *switches) { unattended = switches; }
+
+// A silent run: the switches go into the fields, and Start is pressed as soon as the dialog
+// takes messages. Quick launch is only ever checked when the system offers it.
+static void start_unattended(InstallerDialog *d) {
+  const SetupSwitches *s = unattended;
+  if (s->source[0]) {
+    copy_path(d->state->source_path, s->source);
+    set_item_text(d, SW_INST_SOURCE, s->source);
+  }
+  if (s->target[0]) {
+    copy_path(d->state->target_path, s->target);
+    set_item_text(d, SW_INST_TARGET, s->target);
+  }
+  if (s->desktop != SETUP_NOT_GIVEN) set_check(d, SW_INST_DESKTOP, s->desktop);
+  if (s->quick_launch != SETUP_NOT_GIVEN)
+    set_check(d, SW_INST_QUICK_LAUNCH, s->quick_launch && d->quick_launch_available);
+  PostMessageA((HWND)d->window, WM_COMMAND, MAKEWPARAM(SW_INST_START, BN_CLICKED), 0);
+}
+
 Flag InstallerDialog::on_init() {
   if (opened) return 1;
+  Flag ok = open();
+  if (ok && state && unattended) start_unattended(this);
+  return ok;
+}
+
+Flag InstallerDialog::open() {
   opened = 1;
   if (!state) return 0;  // no memory for the state: reported when it was made
 
@@ -594,7 +625,9 @@ void InstallerDialog::run_install() {
   enable_item(this, SW_INST_ABORT, 1);
 
   installing = 1;
+  unatt_run_begin(state);
   Flag ok = InstallProcedure(state);
+  unatt_run_end(ok);
   installing = 0;
   callback_batch(this, 0);
 
@@ -615,6 +648,7 @@ void InstallerDialog::run_install() {
     focus_item(this, SW_INST_START);
   }
   inst_close_lists(state);
+  if (unattended) end();   // a silent run closes by itself
 }
 
 void InstallerDialog::end() {

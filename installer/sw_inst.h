@@ -30,6 +30,7 @@
 #include "toolkit/dialog.h"
 
 struct InstallState;
+struct SetupSwitches;
 
 // ---- Items -----------------------------------------------------------------------------------
 enum {
@@ -109,6 +110,7 @@ class InstallerDialog : public Dialog {
   // Buttons 8, 11, 12, 13, 14, 15, 16, the path fields' EN_KILLFOCUS, and Cancel (the close
   // box, Esc) as "&Konec" while that button is enabled.
 
+  Flag open();                         // the opening as above (on_init runs it once)
   void set_status(const char *text);   // item 17
   void set_line(int16_t item, const char *text);  // items 18..21; other items are ignored
   void run_install();                  // what Start does
@@ -122,6 +124,12 @@ class InstallerDialog : public Dialog {
   Flag closing;                        // "&Konec" taken: the window is going away
   void *heading_font;                  // HFONT of item 1, null until opening
 };
+
+void sw_inst_run_unattended(const SetupSwitches *switches);
+// A silent run (/SILENT): when the dialog has opened, the given switches fill its fields and
+// check boxes (quick launch only where the system offers it), Start is pressed by itself, and
+// the dialog closes by itself after the run. Null (the default): the user drives the dialog.
+// The switches must stay until the dialog is gone.
 
 Flag sw_inst_open(InstallerDialog *dialog);
 // Builds the dialog's template and opens it modeless (dialog_open). 1 when the window exists.

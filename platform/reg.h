@@ -16,6 +16,9 @@ Flag reg_get_string(int16_t root, const char *key, const char *value, char *buff
 // longer). 0 when the key or value is missing or not a string; buffer is then "".
 Flag reg_set_string(int16_t root, const char *key, const char *value, const char *data);
 // Creates the key (and missing parents) and sets the REG_SZ value. 0 on failure.
+Flag reg_set_dword(int16_t root, const char *key, const char *value, uint32_t data);
+// Creates the key (and missing parents) and sets the REG_DWORD value. 0 on failure. (The
+// native build keeps the number as decimal text; reg_get_string does not read it.)
 Flag reg_flush(int16_t root, const char *key);
 // Flushes the key to disk (RegFlushKey). Key null or "": the root itself. 0 when the key can't
 // be opened or the flush fails.
@@ -44,11 +47,11 @@ void reg_test_deny(int16_t root, const char *key);
 void reg_test_fail_flush(int16_t root);
 // Native build: from now on reg_flush of anything under root fails. Windows build: nothing.
 
-// One entry of the native build's write log: every reg_set_string call ('S') and every reg_flush
-// call ('F'), in the order of the calls, failed ones included (ok = 0). Texts are cut to fit.
+// One entry of the native build's write log: every reg_set_string call ('S'), every
+// reg_set_dword call ('D', data in decimal) and every reg_flush call ('F'), in the order of the calls, failed ones included (ok = 0). Texts are cut to fit.
 enum { REG_TEST_VALUE_NAME = 256, REG_TEST_LOG_SIZE = 128 };
 struct RegTestWrite {
-  char op;                            // 'S' or 'F'
+  char op;                            // 'S', 'D' or 'F'
   int16_t root;
   Flag ok;
   char key[KX_PATH];

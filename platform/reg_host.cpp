@@ -4,6 +4,7 @@
 // fail like a registry that refuses it.
 #include "platform/reg.h"
 
+#include <stdio.h>
 #include <string.h>
 
 namespace {
@@ -20,7 +21,8 @@ struct HostValue {
   Flag used;
   int16_t key;                        // index into keys
   char name[REG_TEST_VALUE_NAME];     // "" = default value
-  char data[KX_PATH];
+  char data[KX_PATH];                 // a DWORD value: its number in decimal
+  Flag dword;                         // a REG_DWORD value
 };
 
 struct Denied {
@@ -127,14 +129,17 @@ Flag reg_get_string(int16_t root, const char *key, const char *value, char *buff
   int32_t k = find_key(root, key, (int32_t)strlen(key));
   if (k < 0) return 0;
   int32_t v = find_value(k, value ? value : "");
-  if (v < 0) return 0;
+  if (v < 0 || values[v].dword) return 0;
   copy_cut(buffer, values[v].data, (size_t)size);
   return 1;
 }
 
-Flag reg_set_string(int16_t root, const char *key, const char *value, const char *data) {
+namespace {
+
+// Sets a value of either type; op is the write log's letter ('S' or 'D').
+Flag set_value(char op, int16_t root, const char *key, const char *value, const char *data) {
   if (!valid_root(root) || !key) {
-    log_call('S', root, 0, key, value, data);
+    log_call(op, root, 0, key, value, data);
     return 0;
   }
   if (!value) value = "";
@@ -151,12 +156,25 @@ Flag reg_set_string(int16_t root, const char *key, const char *value, const char
         values[v].key = (int16_t)k;
         copy_cut(values[v].name, value, sizeof values[v].name);
         copy_cut(values[v].data, data, sizeof values[v].data);
+        values[v].dword = op == 'D';
         ok = 1;
       }
     }
   }
-  log_call('S', root, ok, key, value, data);
+  log_call(op, root, ok, key, value, data);
   return ok;
+}
+
+}  // namespace
+
+Flag reg_set_string(int16_t root, const char *key, const char *value, const char *data) {
+  return set_value('S', root, key, value, data);
+}
+
+Flag reg_set_dword(int16_t root, const char *key, const char *value, uint32_t data) {
+  char number[16];
+  snprintf(number, sizeof number, "%lu", (unsigned long)data);
+  return set_value('D', root, key, value, number);
 }
 
 Flag reg_flush(int16_t root, const char *key) {

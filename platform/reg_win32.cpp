@@ -100,6 +100,22 @@ Flag reg_set_string(int16_t root, const char *key, const char *value, const char
   return result == ERROR_SUCCESS;
 }
 
+Flag reg_set_dword(int16_t root, const char *key, const char *value, uint32_t data) {
+  HKEY base = root_handle(root);
+  if (!base || !key) return 0;
+  HKEY handle;
+  DWORD disposition = 0;
+  char no_class[1] = "";
+  if (RegCreateKeyExA(base, key, 0, no_class, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
+                      &handle, &disposition) != ERROR_SUCCESS)
+    return 0;
+  DWORD number = data;
+  LONG result = RegSetValueExA(handle, value_name(value), 0, REG_DWORD, (const BYTE *)&number,
+                               sizeof number);
+  RegCloseKey(handle);
+  return result == ERROR_SUCCESS;
+}
+
 Flag reg_flush(int16_t root, const char *key) {
   HKEY base = root_handle(root);
   if (!base) return 0;

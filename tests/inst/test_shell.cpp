@@ -201,6 +201,7 @@ TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
 #ifndef KX_WIN32
   const int32_t before = reg_test_log_count();   // the shell folders of the fixture
 #endif
+  state_->total_size = 5000;
   EXPECT_EQ(1, RegisterAppPath(state_));
   EXPECT_EQ(1, RegisterUninstall(state_));
   EXPECT_EQ(1, RegisterFileTypes(state_));
@@ -260,6 +261,14 @@ TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
   expected.push_back("F2");
   put(rows[2]);
   put(rows[3]);
+  // The values for deployment tools follow the two of the uninstall entry (5000 B: 5 KiB).
+  const std::string u = "2 " + std::string(UNINSTALL) + " [";
+  for (const std::string &more :
+       {"S" + u + "DisplayVersion] 5.003-016", "S" + u + "InstallLocation] " + target_,
+        "S" + u + "DisplayIcon] " + exe_ + "KORV5.EXE,0", "D" + u + "EstimatedSize] 5",
+        "D" + u + "NoModify] 1", "D" + u + "NoRepair] 1",
+        "S" + u + "QuietUninstallString] \"" + exe_ + "UNINSTAL.EXE\" /SILENT"})
+    expected.push_back(more);
   expected.push_back("F2");
   for (int i = 4; i < 22; i++) put(rows[i]);
   expected.push_back("F0");
@@ -271,7 +280,7 @@ TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
     if (w->op == 'F')
       got.push_back("F" + std::to_string(w->root) + w->key);
     else
-      got.push_back("S" + std::to_string(w->root) + " " + w->key + " [" + w->value + "] " +
+      got.push_back(w->op + std::to_string(w->root) + " " + w->key + " [" + w->value + "] " +
                     w->data);
   }
   EXPECT_EQ(expected, got);

@@ -20,26 +20,6 @@ int16_t (*medium_scan)(const char *directory, MediumScanEntry entry, void *conte
 
 // ---- Windows-1250 text -----------------------------------------------------------------------
 
-// Unicode of the bytes 0x80-0xFF; 0 where Windows-1250 defines no character.
-static const uint16_t cp1250_unicode[128] = {
-    0x20AC, 0x0000, 0x201A, 0x0000, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x0000, 0x2030, 0x0160, 0x2039, 0x015A, 0x0164, 0x017D, 0x0179,
-    0x0000, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-    0x0000, 0x2122, 0x0161, 0x203A, 0x015B, 0x0165, 0x017E, 0x017A,
-    0x00A0, 0x02C7, 0x02D8, 0x0141, 0x00A4, 0x0104, 0x00A6, 0x00A7,
-    0x00A8, 0x00A9, 0x015E, 0x00AB, 0x00AC, 0x00AD, 0x00AE, 0x017B,
-    0x00B0, 0x00B1, 0x02DB, 0x0142, 0x00B4, 0x00B5, 0x00B6, 0x00B7,
-    0x00B8, 0x0105, 0x015F, 0x00BB, 0x013D, 0x02DD, 0x013E, 0x017C,
-    0x0154, 0x00C1, 0x00C2, 0x0102, 0x00C4, 0x0139, 0x0106, 0x00C7,
-    0x010C, 0x00C9, 0x0118, 0x00CB, 0x011A, 0x00CD, 0x00CE, 0x010E,
-    0x0110, 0x0143, 0x0147, 0x00D3, 0x00D4, 0x0150, 0x00D6, 0x00D7,
-    0x0158, 0x016E, 0x00DA, 0x0170, 0x00DC, 0x00DD, 0x0162, 0x00DF,
-    0x0155, 0x00E1, 0x00E2, 0x0103, 0x00E4, 0x013A, 0x0107, 0x00E7,
-    0x010D, 0x00E9, 0x0119, 0x00EB, 0x011B, 0x00ED, 0x00EE, 0x010F,
-    0x0111, 0x0144, 0x0148, 0x00F3, 0x00F4, 0x0151, 0x00F6, 0x00F7,
-    0x0159, 0x016F, 0x00FA, 0x0171, 0x00FC, 0x00FD, 0x0163, 0x02D9,
-};
-
 int16_t medium_utf8_to_cp1250(const char *utf8, char *text, size_t size, uint32_t *code) {
   if (!utf8 || !text) {
     InternalError("medium", __LINE__);
@@ -74,7 +54,7 @@ int16_t medium_utf8_to_cp1250(const char *utf8, char *text, size_t size, uint32_
       byte = (unsigned char)c;
     } else {
       for (int i = 0; i < 128; i++) {
-        if (cp1250_unicode[i] == c) {
+        if (cz_unicode((unsigned char)(0x80 + i)) == c) {
           byte = (unsigned char)(0x80 + i);
           break;
         }
@@ -97,28 +77,7 @@ Flag medium_cp1250_to_utf8(const char *text, char *utf8, size_t size) {
     InternalError("medium", __LINE__);
     return 0;
   }
-  if (size == 0) return 0;
-  size_t n = 0;
-  utf8[0] = 0;
-  for (const unsigned char *p = (const unsigned char *)text; *p; p++) {
-    uint32_t c = *p < 0x80 ? *p : cp1250_unicode[*p - 0x80];
-    if (c == 0) c = 0xFFFD;
-    char bytes[3];
-    size_t length;
-    if (c < 0x80) {
-      bytes[0] = (char)c, length = 1;
-    } else if (c < 0x800) {
-      bytes[0] = (char)(0xC0 | (c >> 6)), bytes[1] = (char)(0x80 | (c & 0x3F)), length = 2;
-    } else {
-      bytes[0] = (char)(0xE0 | (c >> 12)), bytes[1] = (char)(0x80 | ((c >> 6) & 0x3F));
-      bytes[2] = (char)(0x80 | (c & 0x3F)), length = 3;
-    }
-    if (n + length >= size) return 0;
-    memcpy(utf8 + n, bytes, length);
-    n += length;
-    utf8[n] = 0;
-  }
-  return 1;
+  return cz_to_utf8(text, utf8, size);
 }
 
 static unsigned char upper_byte(unsigned char c) {
@@ -1065,7 +1024,7 @@ Flag medium_make(const MediumOptions *options, MediumResult *result) {
 static void print_text(FILE *out, const char *text) {
   fputc('"', out);
   for (const unsigned char *p = (const unsigned char *)text; *p; p++) {
-    if (*p < 0x20 || *p == '"' || *p == 0x7F || (*p >= 0x80 && cp1250_unicode[*p - 0x80] == 0)) {
+    if (*p < 0x20 || *p == '"' || *p == 0x7F || (*p >= 0x80 && cz_unicode(*p) == 0)) {
       fprintf(out, "\\x%02X", *p);
     } else {
       char one[2] = {(char)*p, 0}, utf8[4];

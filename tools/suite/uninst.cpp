@@ -2,14 +2,18 @@
 #include "tools/suite/uninst.h"
 
 #include "common/file.h"
+#include "common/log.h"
 #include "common/we.h"
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
 #include "tools/suite/ulst.h"
 
+#include <stdio.h>
 #include <string.h>
 
 namespace {
+
+UninstallWhy why_hook;
 
 void copy_cut(char *destination, size_t size, const char *source) {
   size_t n = 0;
@@ -57,11 +61,21 @@ void remove_file(Walk *walk, const char *path) {
   if (!file_exists(path)) return;
   if (file_delete(path)) {
     walk->counts->files++;
+    log_line("Smazán soubor %s", path);
     return;
   }
   if (walk->later != nullptr && walk->later(path)) return;
-  if (walk->counts->failed++ == 0)
-    copy_cut(walk->counts->first_failed, sizeof walk->counts->first_failed, path);
+  UninstallCounts *counts = walk->counts;
+  if (counts->failed++ == 0) copy_cut(counts->first_failed, sizeof counts->first_failed, path);
+  char why[200] = "nelze smazat";
+  if (why_hook) why_hook(path, why, sizeof why);
+  log_line("Nelze smazat %s: %s", path, why);
+  char line[KX_PATH + 220];
+  snprintf(line, sizeof line, "%s (%s)\n", path, why);
+  size_t used = strlen(counts->failed_text);
+  if (used + strlen(line) + 4 < sizeof counts->failed_text) strcat(counts->failed_text, line);
+  else if (used + 4 < sizeof counts->failed_text && !strstr(counts->failed_text, "..."))
+    strcat(counts->failed_text, "...");
 }
 
 // 1 when something went.
@@ -70,6 +84,7 @@ Flag remove_directory(Walk *walk, const char *path) {
   if (!plat_directory_exists(path)) return 0;
   if (plat_remove_directory(path)) {
     walk->counts->directories++;
+    log_line("Odstraněn adresář %s", path);
     return 1;
   }
   return 0;
@@ -84,6 +99,7 @@ Flag remove_key(Walk *walk, int16_t root, const char *key) {
   if (key[0] == '\0' || !reg_key_exists(root, key)) return 0;
   if (reg_subkey_count(root, key) == 0 && reg_delete_key(root, key)) {
     walk->counts->keys++;
+    log_line("Odstraněn klíč registru %s\\%s", root == REG_ROOT_CLASSES ? "HKCR" : "HKLM", key);
     size_t n = sizeof APP_PATHS - 1;
     if (root == REG_ROOT_LOCAL_MACHINE && strlen(key) > n && is_separator(key[n]) &&
         same_path_prefix(key, APP_PATHS, n) && reg_subkey_count(root, APP_PATHS) == 0)
@@ -148,6 +164,8 @@ void parent_of(const char *root, char *parent, size_t size) {
 
 }  // namespace
 
+void uninstall_set_why(UninstallWhy why) { why_hook = why; }
+
 int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, UninstallCounts *counts) {
   UninstallCounts own;
   if (counts == nullptr) counts = &own;
@@ -189,8 +207,10 @@ int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, Uninstal
   if (walk.read_failed) return UNINSTALL_NO_LIST;
 
   if (counts->failed > 0) {
-    ErrorBoxF("Nelze smazat %d soubor(ů), první z nich: %s", (int)counts->failed,
-              counts->first_failed);
+    char text[sizeof counts->failed_text + 64];
+    snprintf(text, sizeof text, "Nelze smazat %d soubor(ů):\n%s", (int)counts->failed,
+             counts->failed_text);
+    ErrorBox(text);
     return UNINSTALL_INCOMPLETE;
   }
   file_delete(list_path);

@@ -36,11 +36,18 @@ struct UninstallCounts {
                          // the walks (UNINST.LST keeps the root until the very end)
   int32_t failed;        // files that exist but could not be deleted
   char first_failed[1024];  // the first of them
+  char failed_text[800];    // each of them with its reason, one a line ("path (reason)"),
+                            // as many as fit; "..." when more did not
 };
 
 // Called for a file that could not be deleted; returns 1 when it will go later (the running
 // uninstaller's own program, for example), so that it does not count as failed.
 typedef Flag (*UninstallLater)(const char *path);
+
+// Says why path could not be deleted, into why (size bytes), as the user should read it (for
+// example "soubor je používán"). Set by the program; without it the reason is "nelze smazat".
+typedef void (*UninstallWhy)(const char *path, char *why, size_t size);
+void uninstall_set_why(UninstallWhy why);
 
 int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, UninstallCounts *counts);
 // Uninstalls the installation whose root directory (with its trailing separator) is root:
@@ -50,8 +57,9 @@ int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, Uninstal
 //   3. The current directory moves to root's parent, so that no removal trips over it.
 //   4. The records are removed as above. A record that can't be read ends the walks there
 //      (the file layer's message), the list is kept and the result is UNINSTALL_NO_LIST.
-//   5. Files that could not be deleted (and that later did not take): ErrorBoxF "Nelze smazat
-//      %d soubor(ů), první z nich: %s" and UNINSTALL_INCOMPLETE; UNINST.LST stays.
+//   5. Files that could not be deleted (and that later did not take): ErrorBox "Nelze smazat
+//      %d soubor(ů):" with failed_text on the next lines, and UNINSTALL_INCOMPLETE; UNINST.LST
+//      stays. Each such file also goes to the log (common/log.h) with its reason.
 //   6. Otherwise UNINST.LST is deleted, the root removed as said above; with ask set the notice
 //      "Instalace KORVEX byla odstraněna." is shown; UNINSTALL_DONE.
 // counts (may be null) gets what was done. A null root is InternalError("uninst"):
