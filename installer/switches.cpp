@@ -118,10 +118,17 @@ Flag setup_read_switches(int argc, const char *const *argv, SetupSwitches *switc
     snprintf(switches->reason, sizeof switches->reason, "Chybný příkazový řádek");
     return 0;
   }
+  // All are read, also after a bad one: how quiet the refusal must be depends on the others.
+  Flag ok = 1;
+  char first_reason[SETUP_REASON_SIZE] = "";
   for (int i = 1; i < argc; i++) {
     const char *argument = argv[i];
     if (!argument || (argument[0] != '/' && argument[0] != '-') || !argument[1]) continue;
-    if (!read_one(switches, argument)) return 0;
+    if (!read_one(switches, argument) && ok) {
+      ok = 0;
+      memcpy(first_reason, switches->reason, sizeof first_reason);
+    }
   }
-  return 1;
+  if (!ok) memcpy(switches->reason, first_reason, sizeof first_reason);
+  return ok;
 }

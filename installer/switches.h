@@ -39,7 +39,8 @@ struct SetupSwitches {
 Flag setup_read_switches(int argc, const char *const *argv, SetupSwitches *switches);
 // Reads argv[1] .. argv[argc - 1] into switches (all fields set; a switch given twice: the last
 // one counts). Returns 1 when every switch of the list is well formed; 0 when one is not:
-// reason names the argument (cut to 60 characters) and what is wrong with it, and the other
-// fields are as far as reading came. 0 with a reason also for a null argument.
+// reason names the first bad argument (cut to 60 characters) and what is wrong with it; the
+// well-formed switches are read all the same (so /VERYSILENT keeps a refusal quiet). 0 with a
+// reason also for a null argument.
 
 #endif
