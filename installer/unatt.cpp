@@ -176,7 +176,7 @@ Flag unatt_install(const SetupSwitches *switches, const char *program_path) {
   if (!switches) return 0;
   InstallState *state = inst_create_state(program_path ? program_path : "");
   if (!state) return 0;
-  InstallDialog sink = {nullptr, no_line, no_pump, no_front};
+  InstallDialog sink = {nullptr, no_line, no_pump, no_front, nullptr, nullptr};
   inst_set_dialog(&sink);
   if (switches->source[0]) strcpy(state->source_path, switches->source);
   if (switches->target[0]) strcpy(state->target_path, switches->target);
