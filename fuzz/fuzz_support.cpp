@@ -3,15 +3,12 @@
 
 #include "common/we.h"
 
-#include <dirent.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
 static long boxes;
-static char scratch[512];
 
 static void quiet_box(void *, const char *, const char *, unsigned) { boxes++; }
 
@@ -27,32 +24,8 @@ void fuzz_silence(void) {
 
 long fuzz_box_count(void) { return boxes; }
 
-static void remove_scratch(void) {
-  if (!scratch[0]) return;
-  DIR *dir = opendir(scratch);
-  if (dir) {
-    while (struct dirent *entry = readdir(dir)) {
-      if (!strcmp(entry->d_name, ".") || !strcmp(entry->d_name, "..")) continue;
-      char path[1024];
-      snprintf(path, sizeof path, "%s%s", scratch, entry->d_name);
-      unlink(path);
-    }
-    closedir(dir);
-  }
-  rmdir(scratch);
-}
-
-const char *fuzz_scratch_dir(void) {
-  if (scratch[0]) return scratch;
-  const char *base = getenv("TMPDIR");
-  if (!base || !*base) base = "/tmp";
-  char pattern[480];
-  snprintf(pattern, sizeof pattern, "%s/kxfuzz-XXXXXX", base);
-  if (!mkdtemp(pattern)) fuzz_fail(__FILE__, __LINE__, "no scratch directory under %s", base);
-  snprintf(scratch, sizeof scratch, "%s/", pattern);
-  atexit(remove_scratch);
-  return scratch;
-}
+// run.sh starts every target in a scratch directory of its own.
+const char *fuzz_scratch_dir(void) { return "./"; }
 
 void fuzz_write_file(const char *path, const uint8_t *data, size_t size) {
   FILE *f = fopen(path, "wb");

@@ -1,5 +1,5 @@
 // fuzz_support.h - what every fuzz target shares: silent boxes and dialogs, a scratch
-// directory of its own, exact-size copies of the input (so that ASan sees a read one byte past
+// directory, exact-size copies of the input (so that ASan sees a read one byte past
 // the end), and the check that stops the run on a broken promise of a module.
 #ifndef KX_FUZZ_SUPPORT_H
 #define KX_FUZZ_SUPPORT_H
@@ -12,8 +12,8 @@
 void fuzz_silence(void);
 long fuzz_box_count(void);
 
-// A fresh directory under $TMPDIR (or /tmp), removed with its files at exit; with "/" at the
-// end. Made on the first call.
+// The directory for the target's own files, with "/" at the end: the current directory, which
+// run.sh makes afresh for every run.
 const char *fuzz_scratch_dir(void);
 
 // Writes size bytes to path (truncating); aborts when that is impossible.

@@ -1,6 +1,5 @@
-// Dates, times and durations: validity, day numbers, parsing, arithmetic, texts, stored forms.
+// Dates and times: validity, day numbers, parsing, day arithmetic, texts.
 #include "common/date.h"
-#include "common/file.h"
 #include "common/we.h"
 #include "tests/support/kxtest.h"
 
@@ -37,8 +36,6 @@ std::string join(std::initializer_list<int> fields, char separator) {
   return s;
 }
 std::string show(const Date &d) { return join({d.day, d.month, d.year}, '.'); }
-std::string show(const Time &t) { return join({t.hours, t.minutes, t.seconds, t.hundredths}, ':'); }
-std::string show(const Duration &d) { return join({d.days, d.hours, d.minutes, d.seconds, d.hundredths}, ' '); }
 
 // The one box must be a fault report of module date under the given title.
 void expect_fault(const BoxRecorder &rec, const char *title, int row) {
@@ -140,31 +137,6 @@ TEST(Date, AddDaysNextMonthCompareAndSpan) {
   EXPECT_EQ(1, date_span(&a, &a));
 }
 
-TEST(DateTime, AddMinutesCompareAndDurations) {
-  struct Row { int n, h, m, add; const char *want; } rows[] = {
-      {1, 10, 30, 45, "11:15:17:42"}, {2, 23, 59, 1, "0:0:17:42"}, {3, 10, 30, -45, "10:-15:17:42"},
-      {4, 0, 10, -60, "-1:10:17:42"}, {5, 23, 30, 1500, "24:30:17:42"}, {6, 22, 59, 61, "0:0:17:42"}};
-  for (const Row &r : rows) {
-    Time t = mkt(r.h, r.m, 17, 42);
-    EXPECT_EQ(1, time_add_minutes(&t, (int16_t)r.add)) << "row " << r.n;
-    EXPECT_EQ(r.want, show(t)) << "row " << r.n;
-  }
-  Time a = mkt(9, 5, 30, 10), b = mkt(9, 5, 30, 99), c = mkt(9, 5, 31, 0), e = mkt(10, 0, 0, 0);
-  EXPECT_EQ(0, time_compare(&a, &b)) << "hundredths do not count";
-  EXPECT_EQ(-1, time_compare(&a, &c));
-  EXPECT_EQ(1, time_compare(&e, &c));
-
-  struct DRow { int n; Duration in; int ok; const char *want; } drows[] = {
-      {1, {0, 23, 59, 59, 100}, 1, "1 0 0 0 0"}, {2, {0, 0, 0, 0, 32767}, 1, "0 0 5 27 67"},
-      {3, {1, 25, 61, 61, 101}, 1, "2 2 2 2 1"}, {4, {0, 0, -1, 0, 0}, 0, "0 0 -1 0 0"},
-      {5, {32767, 24, 0, 0, 0}, 0, "32767 24 0 0 0"}, {6, {3, 4, 5, 6, 7}, 1, "3 4 5 6 7"}};
-  for (const DRow &r : drows) {
-    Duration d = r.in;
-    EXPECT_EQ(r.ok, duration_normalize(&d)) << "row " << r.n;
-    EXPECT_EQ(r.want, show(d)) << "row " << r.n;
-  }
-}
-
 TEST(DateText, FormsNamesAndTheirBuffers) {
   Date d = date_of("5.3.1997"), end = date_of("31.12.2005"), bad = date_of("5.13.1997");
   Time t = mkt(9, 5, 30, 42), late = mkt(23, 59, 0, 0);
@@ -200,77 +172,7 @@ TEST(DateText, FormsNamesAndTheirBuffers) {
 #define TXT(call) [] { return std::string(call); }
 #define NUM(call) [] { return std::to_string(call); }
 
-TEST(DateText, BadIndexesAndNullArgumentsAreReported) {
-  static Date x = date_of("5.3.1997");
-  static const Time t = mkt(9, 5, 30, 0);
-  const char *S = WE_TITLE_SWITCH, *I = WE_TITLE_INTERNAL;
-  struct Row { int n; std::string (*call)(); const char *want, *title; } rows[] = {
-      {1, TXT(date_day_cz(7)), "???", S},        {2, TXT(date_day_cz(-1)), "???", S},
-      {3, TXT(date_day_en(7)), "???", S},        {4, TXT(date_month_cz(12)), "???", S},
-      {5, TXT(date_month_en(-1)), "???", S},     {6, TXT(date_month_en(32767)), "???", S},
-      {7, TXT(date_time_text_utc(6, &x, &t)), "???", S},
-      {8, [] { return std::to_string(date_parse(&x, nullptr)) + " " + show(x); }, "0 5.3.1997", I},
-      {9, [] { return std::to_string(date_parse_compact(&x, nullptr)) + " " + show(x); }, "0 5.3.1997", I},
-      {10, TXT(date_text_long(nullptr)), "???", I}, {11, TXT(date_day_name(nullptr)), "???", I},
-      {12, TXT(time_text(nullptr)), "???", I},      {13, TXT(date_mail_text(&x, nullptr, 60)), "???", I},
-      {14, NUM(date_valid(nullptr)), "0", I},       {15, NUM(date_compare(&x, nullptr)), "0", I},
-      {16, NUM(date_write(&x, nullptr)), "0", I},   {17, NUM(date_today(nullptr)), "0", I},
-      {18, NUM(duration_normalize(nullptr)), "0", I}};
-  for (const Row &r : rows) {
-    BoxRecorder rec;
-    EXPECT_EQ(r.want, r.call()) << "row " << r.n;
-    expect_fault(rec, r.title, r.n);
-  }
-}
-
 #undef TXT
 #undef NUM
-
-TEST(DateStored, BytesAndReadingBack) {
-  kxtest::ScratchDir dir;
-  BoxRecorder rec;
-  Date d = date_of("5.3.1997"), odd = date_of("-2.258.-1"), rd = date_of("1.1.2000"), rodd = rd;
-  Time t = mkt(9, 5, 30, 42), rt = mkt(0, 0, 0, 0);
-  FileObject *f = nullptr;
-  ASSERT_EQ(1, file_create(&f, "STAMP.BIN"));
-  ASSERT_EQ(1, file_open(f, 6));
-  EXPECT_EQ(3, date_write(&d, f) + time_write(&t, f) + date_write(&odd, f));
-  file_close(f, 0);
-  // Day, month, year; hours, minutes, seconds, hundredths: 16 bits each, little-endian.
-  EXPECT_EQ(std::string("\x05\0\x03\0\xCD\x07" "\x09\0\x05\0\x1E\0\x2A\0" "\xFE\xFF\x02\x01\xFF\xFF", 20),
-            kxtest::read_bytes("STAMP.BIN"));
-  ASSERT_EQ(1, file_open(f, 5));
-  EXPECT_EQ(3, date_read(&rd, f) + time_read(&rt, f) + date_read(&rodd, f));
-  EXPECT_EQ("5.3.1997 9:5:30:42 -2.258.-1", show(rd) + " " + show(rt) + " " + show(rodd));
-  EXPECT_EQ(0u, rec.count()) << rec.dump();
-  file_close(f, 0);
-  // A stored date cut after two fields fails at the third and changes nothing; so does a time.
-  ASSERT_TRUE(kxtest::write_bytes("STAMP.BIN", std::string("\x05\x00\x03\x00\xCD", 5)));
-  rd = date_of("1.1.2000");
-  ASSERT_EQ(1, file_open(f, 5));
-  EXPECT_EQ(0, date_read(&rd, f));
-  EXPECT_EQ(0, time_read(&rt, f));
-  EXPECT_EQ("1.1.2000 9:5:30:42", show(rd) + " " + show(rt));
-  EXPECT_EQ(2u, rec.count()) << rec.dump();
-  file_destroy(&f);
-}
-
-TEST(DateClock, NowLocalAndUniversal) {
-  Date today = date_new(), utc_day;
-  Time now = time_new(), utc_time;
-  Duration zero = duration_new();
-  EXPECT_EQ(1, date_valid(&today)) << show(today);
-  EXPECT_GE(today.year, 2024);
-  EXPECT_TRUE(now.hours >= 0 && now.hours < 24 && now.minutes >= 0 && now.minutes < 60 && now.seconds >= 0 &&
-              now.seconds < 61 && now.hundredths >= 0 && now.hundredths < 100) << show(now);
-  EXPECT_EQ("0 0 0 0 0", show(zero));
-  EXPECT_EQ(1, date_time_now_utc(&utc_day, &utc_time));
-  // Local minus universal time is the zone offset (give or take a minute turning over).
-  int local = date_number(&today) * 1440 + now.hours * 60 + now.minutes;
-  int universal = date_number(&utc_day) * 1440 + utc_time.hours * 60 + utc_time.minutes;
-  EXPECT_LE(abs(local - universal - date_zone_offset()), 1)
-      << "local " << show(today) << " " << show(now) << ", universal " << show(utc_day) << " " << show(utc_time)
-      << ", offset " << date_zone_offset();
-}
 
 }  // namespace

@@ -1,5 +1,5 @@
 // The file layer: open modes and their messages, lines, length-prefixed strings, memory and
-// counting modes, block copy, the design header and the open-file statistics.
+// counting modes, block copy.
 #include "common/file.h"
 #include "tests/support/kxtest.h"
 
@@ -90,33 +90,6 @@ TEST(FileBlocks, ShortReadsAndWritesAreReported) {
   EXPECT_EQ("Do souboru five nelze zapisovat (plný disk?)", box_of(rec));
   file_destroy(&f);
   EXPECT_EQ("12345", kxtest::read_bytes("five"));
-}
-
-// A flush puts the buffered bytes into the file while it stays open; one that can't be
-// written is told once, and not again at the close.
-TEST(FileBlocks, FlushWritesThroughAndReportsOnce) {
-  ScratchDir dir;
-  BoxRecorder rec;
-  FileObject *f = opened("flushed", 2);
-  ASSERT_EQ(1, file_write(f, "abc", 3));
-  EXPECT_EQ(1, file_flush(f));
-  EXPECT_EQ("abc", kxtest::read_bytes("flushed")) << "before the close";
-  file_destroy(&f);
-  FileObject *m = opened("counted", 9);
-  EXPECT_EQ(1, file_flush(m)) << "a counting file holds nothing";
-  EXPECT_EQ(1, file_close(m, 0));
-  EXPECT_EQ(0, file_flush(m)) << "not open";
-  EXPECT_EQ("internal", box_of(rec));
-  file_destroy(&m);
-#ifndef KX_WIN32
-  rec.clear();
-  FileObject *full = opened("/dev/full", 2);
-  ASSERT_EQ(1, file_write(full, "abc", 3));
-  EXPECT_EQ(0, file_flush(full));
-  file_close(full, 0);
-  EXPECT_EQ("Do souboru /dev/full nelze zapisovat (plný disk?)", box_of(rec));
-  file_destroy(&full);
-#endif
 }
 
 TEST(FileLines, TextLinesRoundTripAndLongLinesComeInPieces) {
@@ -251,66 +224,6 @@ TEST(FileCopy, BlocksOf512AndTheirMessages) {
   EXPECT_EQ(0, file_copy_block(readonly, in, -1, 1)) << "bad offset";
   EXPECT_EQ(2u, rec.count()) << rec.dump();
   for (FileObject *f : {in, out, readonly, count}) file_destroy(&f);
-}
-
-TEST(FileHeader, DesignHeaderCheckKeepsThePosition) {
-  ScratchDir dir;
-  std::string header = std::string(FILE_DESIGN_HEADER) + std::string(60, '\0'), other = header;
-  other[20] = 'X';  // no NUL after the CR LF
-  ASSERT_TRUE(kxtest::write_bytes("d", "1234" + header + other + std::string(79, '\0')));
-  FileObject *f = opened("d", 8);
-  ASSERT_NE(nullptr, f);
-  BoxRecorder rec;
-  // Offsets: the header, the wrong place, the header without its NUL, only 79 bytes left.
-  struct Row { int n; int32_t at; Flag ok; } rows[] = {{1, 4, 1}, {2, 0, 0}, {3, 84, 0}, {4, 164, 0}};
-  for (const Row &r : rows) {
-    ASSERT_EQ(1, file_seek(f, r.at, FILE_FROM_START));
-    EXPECT_EQ(r.ok, design_header_ok(f)) << "row " << r.n;
-    EXPECT_EQ(r.at, file_tell(f)) << "row " << r.n;
-  }
-  EXPECT_EQ(0u, rec.count()) << rec.dump();
-  file_close(f, 0);
-  for (int16_t mode : {1, 6, 9}) {
-    ASSERT_EQ(1, file_open(f, mode));
-    EXPECT_EQ(0, design_header_ok(f)) << "mode " << mode;
-    file_close(f, 0);
-  }
-  EXPECT_EQ(3u, rec.count()) << rec.dump();
-  file_destroy(&f);
-}
-
-TEST(FileStatistics, TheLogTracksTwentyFiveOpenFiles) {
-  ScratchDir dir;
-  ASSERT_EQ(1, statistics_start());
-  FileObject *files[26];
-  std::string log = "Statistika otevrenych souboru\n";
-  for (int i = 0; i < 26; i++) {
-    std::string name = "f" + std::to_string(i);
-    files[i] = opened(name, 6);
-    log += "Otevreni souboru " + name + " v rezimu wb\n";
-  }
-  log += "!!! Bylo otevreno vice nez 25 souboru !!!\n";
-  file_close(files[25], 0);
-  log += "!!! Zavirany soubor nebyl otevren\n";
-  for (int i = 1; i < 25; i++) {
-    file_close(files[i], 0);
-    log += "Zavreni souboru f" + std::to_string(i) + " otevreneho jako f" + std::to_string(i) + "\n";
-  }
-  BoxRecorder rec;
-  FileObject *missing = nullptr;
-  file_create(&missing, "none");
-  EXPECT_EQ(0, file_open(missing, 1));
-  EXPECT_EQ("Soubor none nelze otevřít", box_of(rec));
-  file_destroy(&missing);
-  log += "Otevreni souboru none v rezimu rt\n!!! Neuspesne otevreni souboru none\n";
-  ASSERT_EQ(1, statistics_end());
-  log += "!!! Nebyl uzavren soubor f0Konec statistiky otevrenych souboru";
-  for (size_t at = 0; (at = log.find('\n', at)) != std::string::npos; at += strlen(kBreak))
-    log.replace(at, 1, kBreak);  // a text file
-  EXPECT_EQ(log, kxtest::read_bytes("DATA.FI"));
-  EXPECT_EQ(1, statistics_end()) << "already off";
-  for (FileObject *&f : files) file_destroy(&f);
-  EXPECT_EQ(log, kxtest::read_bytes("DATA.FI")) << "nothing logged after the end";
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <stdlib.h>
 #include <string.h>
 #include <string>
@@ -24,16 +23,6 @@ struct PathBuffer {
   }
   bool guard_intact() const { return std::string(text + KX_PATH, 16) == std::string(16, '#'); }
 };
-
-// The current directory as name_from_pattern sees it: "X:\DIR" (the native build: drive C:).
-std::string current_as_drive_path() {
-  std::string cwd = std::filesystem::current_path().string();
-#ifndef KX_WIN32
-  for (char &c : cwd) c = c == '/' ? '\\' : c;
-  cwd = "C:" + cwd;
-#endif
-  return cwd;
-}
 
 TEST(PathJoin, JoinsWithOneBackslashAndCutsAt1023) {
   const std::string d1017 = kxtest::pattern_text(1017), d1018 = kxtest::pattern_text(1018);
@@ -84,19 +73,6 @@ TEST(PathSplit, PartsAndDirectoryOfEveryRow) {
   EXPECT_EQ("d:X\\N.E", std::string(merged.text));
 }
 
-TEST(PathSplit, LongPathsAreCutNeverOverrun) {
-  // A directory of m characters before "\A", and a name of m characters after "C:\".
-  for (size_t m : {1022u, 1023u, 1024u, 1025u, 4000u}) {
-    const std::string x = kxtest::pattern_text(m);
-    PathBuffer directory, name;
-    ASSERT_EQ(1, path_split((x + "\\A").c_str(), directory.text, name.text));
-    EXPECT_EQ(x.substr(0, 1023) + "|A", std::string(directory.text) + "|" + name.text) << "m " << m;
-    ASSERT_EQ(1, path_split(("C:\\" + x).c_str(), directory.text, name.text));
-    EXPECT_EQ(x.substr(0, 1023), name.text) << "m " << m;
-    EXPECT_TRUE(directory.guard_intact() && name.guard_intact()) << "m " << m;
-  }
-}
-
 TEST(SameDirectory, ComparesUpperCasedDirectories) {
   struct Row { int n; const char *path, *directory; Flag same; } rows[] = {
       {1, "c:\\work\\a.txt", "C:\\WORK\\", 1}, {2, "c:\\work\\a.txt", "C:\\WORK", 1},
@@ -128,32 +104,6 @@ TEST(NameFromPattern, BuildsEightThreeNamesFromTheSource) {
   }
 }
 
-TEST(NameFromPattern, ResultIsMadeRelativeToTheCurrentDirectory) {
-  kxtest::ScratchDir dir;
-  const std::string here = current_as_drive_path();
-  std::string lower = here;
-  lower[0] = (char)tolower(lower[0]);
-  struct Row { int n; std::string pattern, expected; } rows[] = {
-      {1, here + "\\*.BAK", "myfiletx.BAK"}, {2, here + "\\SUB\\*.BAK", "SUB\\myfiletx.BAK"},
-      {3, here + "\\NAME.TXT", "NAME.TXT"}, {4, lower + "\\*.BAK", lower + "\\myfiletx.BAK"},  // case-sensitive
-      {5, here + "X\\*.BAK", here + "X\\myfiletx.BAK"}};
-  for (const Row &r : rows) {
-    PathBuffer result;
-    ASSERT_EQ(1, name_from_pattern(r.pattern.c_str(), "my file.txt", result.text)) << "row " << r.n;
-    EXPECT_EQ(r.expected, std::string(result.text)) << "row " << r.n << ", current " << here;
-  }
-  // At the root the prefix is "C:\\": an ordinary path keeps its drive, a doubled one loses it.
-  std::filesystem::path root = std::filesystem::current_path().root_path();
-  std::filesystem::current_path(root);
-  const std::string drive = current_as_drive_path().substr(0, 2);
-  PathBuffer plain, doubled;
-  name_from_pattern((drive + "\\*.BAK").c_str(), "abc", plain.text);
-  name_from_pattern((drive + "\\\\*.BAK").c_str(), "abc", doubled.text);
-  std::filesystem::current_path(dir.path());
-  EXPECT_EQ(drive + "\\abc.BAK", plain.text) << "root " << root.string();
-  EXPECT_EQ("abc.BAK", std::string(doubled.text)) << "root " << root.string();
-}
-
 TEST(Extensions, OfTheLastComponentOnly) {
   struct Row { int n; const char *name, *extension, *cut; } rows[] = {  // extension null: none
       {1, "A.TXT", "TXT", "A"}, {2, "C:\\A.B\\NAME", nullptr, "C:\\A.B\\NAME"},
@@ -174,20 +124,6 @@ TEST(Extensions, OfTheLastComponentOnly) {
     EXPECT_EQ((kxtest::pattern_text(m) + ".BAK").substr(0, 1023), name.text) << "m " << m;
     EXPECT_TRUE(name.guard_intact()) << "m " << m;
   }
-}
-
-TEST(PathArguments, NullsAreInternalErrors) {
-  BoxRecorder rec;
-  PathBuffer b("A");
-  // Seven calls of module fn, then three of fe; each returns 0 (null) with one fault report.
-  EXPECT_EQ(0, path_join(nullptr, "C:\\") + path_join(b.text, nullptr) + path_split(nullptr, b.text, b.text) +
-                   path_split("x", nullptr, b.text) + path_normalise(nullptr) + same_directory(nullptr, "C:\\") +
-                   name_from_pattern("*", nullptr, b.text));
-  EXPECT_EQ(nullptr, name_extension(nullptr));
-  EXPECT_EQ(0, name_cut_extension(nullptr) + name_add_extension(nullptr, "X"));
-  ASSERT_EQ(10u, rec.count()) << rec.dump();
-  for (size_t i = 0; i < 10; i++)
-    EXPECT_LT(0, kxtest::internal_error_line(rec.boxes()[i], i < 7 ? "fn" : "fe")) << "call " << i + 1;
 }
 
 }  // namespace

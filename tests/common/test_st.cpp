@@ -15,24 +15,6 @@ using kxtest::BoxRecorder;
 
 namespace {
 
-TEST(Strings, AllocDupFree) {
-  BoxRecorder rec;
-  char *p = (char *)1;
-  ASSERT_EQ(1, st_alloc(10, &p));
-  EXPECT_EQ(std::string(11, '\0'), std::string(p, 11));
-  EXPECT_EQ(1, st_free(&p));
-  EXPECT_EQ(nullptr, p);
-  EXPECT_EQ(1, st_free(&p));  // a null block is left alone
-  ASSERT_EQ(1, st_dup("Příliš", &p));
-  EXPECT_STREQ("Příliš", p);
-  st_free(&p);
-  EXPECT_EQ(0u, rec.count()) << rec.dump();
-  p = (char *)1;
-  EXPECT_EQ(0, st_alloc(-1, &p));
-  EXPECT_EQ(nullptr, p);
-  EXPECT_GT(kxtest::internal_error_line(rec.only(), "st"), 0);
-}
-
 TEST(Strings, TrimSqueezeCase) {
   struct Row { int n; Flag (*f)(char *); const char *in, *out; int ret; } rows[] = {
       {1, st_trim, " \t ab  c\t ", "ab  c", 1}, {2, st_trim, " \t \t", "", 0}, {3, st_trim, "x", "x", 1},
@@ -150,31 +132,6 @@ TEST(Strings, SearchAndWildcardsWithoutBacktracking) {
       {17, "KORV5.EXE", "KORV?.EXE", 1}, {18, "KORV5.EXE", "korv?.exe", 0},
       {19, "abcdef", "ab*ef", 1}, {20, "axbxc", "a*x*c", 1}, {21, "abc", "**c", 1}, {22, "abc", "?*", 1}};
   for (const Row &r : rows) EXPECT_EQ(r.want, st_match(r.text, r.pattern)) << "row " << r.n;
-}
-
-TEST(Strings, NullArgumentsAreReported) {
-  char buffer[8] = "x";
-  char *p = nullptr;
-  std::vector<std::function<bool()>> calls = {
-      [&] { return st_alloc(1, nullptr) == 0; }, [&] { return st_free(nullptr) == 0; },
-      [&] { return st_dup(nullptr, &p) == 0 && !p; }, [&] { return st_trim(nullptr) == 0; },
-      [&] { return st_squeeze(nullptr) == 0; }, [&] { return st_lower(nullptr) == 0; },
-      [&] { return st_collate("a", nullptr) == 0; }, [&] { return st_collate_label(nullptr, "a") == 0; },
-      [&] { return st_natural(nullptr, "a") == 0; }, [&] { return st_cmp_right("a", nullptr) == 0; },
-      [&] { return st_same(nullptr, "") == 0; }, [&] { return !st_chr(nullptr, 'a'); },
-      [&] { return !st_str("a", nullptr); }, [&] { return !st_chr_any(nullptr, "a"); },
-      [&] { return st_copy(buffer, nullptr, 0) == 0 && !strcmp(buffer, "x"); },
-      [&] { return st_cat(nullptr, "a", 0) == 0; }, [&] { return st_cat_char(nullptr, 'a', 0) == 0; },
-      [&] { return st_match("a", nullptr) == 0; }};
-  for (size_t i = 0; i < calls.size(); i++) {
-    BoxRecorder rec;
-    EXPECT_TRUE(calls[i]()) << "call " << i + 1;
-    ASSERT_EQ(1u, rec.count()) << "call " << i + 1 << ": " << rec.dump();
-    EXPECT_GT(kxtest::internal_error_line(rec.boxes()[0], "st"), 0) << "call " << i + 1;
-  }
-  BoxRecorder rec;
-  EXPECT_EQ(0, st_len(nullptr));
-  EXPECT_EQ(0u, rec.count()) << "st_len of null is quiet: " << rec.dump();
 }
 
 }  // namespace

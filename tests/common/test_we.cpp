@@ -13,34 +13,6 @@ namespace {
 const unsigned kExclamation = WE_MB_OK | WE_MB_ICONEXCLAMATION | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
 const unsigned kStop = WE_MB_OK | WE_MB_ICONSTOP | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
 
-TEST(ErrorBoxes, TitlesBodiesFlagsAndOwner) {
-  struct Row { int n; void (*show)(); const char *text, *title; unsigned flags; } rows[] = {
-      {1, [] { ErrorBox("Soubor C:\\A.TXT nelze otevřít"); }, "Soubor C:\\A.TXT nelze otevřít", " Chyba ", kExclamation},
-      {2, [] { ErrorBoxF("Vlož DISK%d", 3); }, "Vlož DISK3", " Chyba ", kExclamation},
-      {3, [] { OutOfMemoryError(); }, " Málo paměti", " Chyba ", kExclamation},
-      {4, [] { InternalError("zip_util", 104); }, "Chyba v souboru zip_util řádek 104",
-       " Interní chyba, informujte dodavatele ", kStop},
-      {5, [] { SwitchError("date", -7); }, "Chyba v souboru date řádek -7",
-       " Chyba switch, informujte dodavatele ", kStop},
-      {6, [] { ErrorBox(nullptr); }, "", " Chyba ", kExclamation}};
-  // Without a main window a box has no owner; with one it is owned until the window is gone.
-  int dummy;
-  WeMainWindow w = {&dummy, nullptr, nullptr};
-  for (void *owner : {(void *)nullptr, (void *)&dummy, (void *)nullptr}) {
-    we_set_main_window(owner ? &w : nullptr);
-    for (const Row &r : rows) {
-      BoxRecorder rec;
-      r.show();
-      ASSERT_EQ(1u, rec.count()) << "row " << r.n << ": " << rec.dump();
-      const kxtest::Box &b = rec.boxes()[0];
-      EXPECT_EQ(r.text, b.text) << "row " << r.n;
-      EXPECT_EQ(r.title, b.title) << "row " << r.n;
-      EXPECT_EQ(r.flags, b.flags) << "row " << r.n << " got 0x" << std::hex << b.flags;
-      EXPECT_EQ(owner, b.owner) << "row " << r.n;
-    }
-  }
-}
-
 TEST(ErrorBoxes, FormattedTextCutAt199AndFaultBodyAt99) {
   // fault: the text is the module name of an internal error, whose body is cut at 99
   struct Row { int n; bool fault; size_t length; } rows[] = {

@@ -72,8 +72,6 @@ std::vector<std::pair<std::string, std::vector<int16_t>>> InstallTest::answers;
 std::function<void(const std::string &)> InstallTest::on_notice;
 std::vector<std::string> InstallTest::statuses;
 std::vector<std::string> InstallTest::lines[4];
-int InstallTest::pumps = 0;
-int InstallTest::fronts = 0;
 std::function<void()> InstallTest::on_pump;
 size_t InstallTest::boxes_at_later_steps = (size_t)-1;
 kxtest::BoxRecorder *InstallTest::recorder = nullptr;
@@ -109,11 +107,8 @@ void set_line(void *, int16_t item, const char *text) {
 }
 
 void pump(void *) {
-  InstallTest::pumps++;
   if (InstallTest::on_pump) InstallTest::on_pump();
 }
-
-void front(void *) { InstallTest::fronts++; }
 
 }  // namespace
 
@@ -136,7 +131,6 @@ void InstallTest::SetUp() {
   on_notice = nullptr;
   statuses.clear();
   for (auto &l : lines) l.clear();
-  pumps = fronts = 0;
   on_pump = nullptr;
   boxes_at_later_steps = (size_t)-1;
   recorder = &boxes_;
@@ -156,7 +150,7 @@ void InstallTest::SetUp() {
   we_set_dialog_hook(answer);
   static WeMainWindow window = {nullptr, status, nullptr};
   we_set_main_window(&window);
-  static InstallDialog dialog = {nullptr, set_line, pump, front, nullptr, nullptr};
+  static InstallDialog dialog = {nullptr, set_line, pump, nullptr, nullptr, nullptr};
   inst_set_dialog(&dialog);
   state_ = inst_create_state("C:\\SETUP\\SETUP.EXE");
   ASSERT_NE(state_, nullptr);
@@ -223,8 +217,7 @@ void InstallTest::write_medium(const Medium &medium, bool stored_files) {
   ListHeader header;
   memset(&header, 0, sizeof header);
   strcpy(header.text, "KORVEX 5");
-  header.count = medium.count_override != 0xFFFF ? medium.count_override
-                                                 : (uint16_t)medium.records.size();
+  header.count = (uint16_t)medium.records.size();
   header.packed = medium.packed;
   std::string list(ILST_HEADER_SIZE, '\0');
   ilst_encode_header(&header, (unsigned char *)&list[0]);

@@ -24,7 +24,6 @@ struct Asked {
 struct Medium {
   Flag packed = 0;
   std::vector<ListRecord> records;
-  uint16_t count_override = 0xFFFF;   // header count when not the number of records
 };
 
 ListRecord file_record(const char *name, const char *stored, const char *directory,
@@ -38,7 +37,6 @@ class InstallTest : public ::testing::Test {
   // Paths in the installer's (drive) form and their local form for reading back.
   std::string root_path() const;                    // "C:\" natively, the scratch dir + "\"
   std::string local(const std::string &path) const;
-  std::string source_local() const { return local(source_); }
 
   void set_target(const std::string &target);
   // Leaves the target (Windows can't remove the current directory) and removes it.
@@ -72,7 +70,6 @@ class InstallTest : public ::testing::Test {
   static std::function<void(const std::string &)> on_notice;
   static std::vector<std::string> statuses;
   static std::vector<std::string> lines[4];
-  static int pumps, fronts;
   static std::function<void()> on_pump;
   static size_t boxes_at_later_steps;
   static kxtest::BoxRecorder *recorder;

@@ -1,5 +1,6 @@
-// test_inst_procedure.cpp - whole installs on a scratch directory: the lists written, the
-// questions asked, the checks that stop an install.
+// test_inst_procedure.cpp - whole installs on a scratch directory: the record order, the
+// progress line, and the checks and questions that stop an install (disk, overwrite, abort,
+// space).
 #include "tests/inst/test_inst_fixture.h"
 
 #include "installer/startup.h"
@@ -110,88 +111,6 @@ TEST_F(InstallTest, ProgressLineIsCutAtEightyCharacters) {
   EXPECT_EQ(lines[0].front(), want.substr(0, 80));
 }
 
-TEST_F(InstallTest, PackedMediumIsUnpackedAndMovedIntoSubdirectories) {
-  // A packed split medium from the builder: two disks, the second asked for and "inserted" by
-  // swapping the disk directories when the notice comes.
-  fs::path tree = scratch_.file("tree");
-  fs::create_directories(tree / "EXE");
-  uint32_t seed = 12345;
-  auto noise = [&](size_t n) {
-    std::string data(n, '\0');
-    for (auto &c : data) c = (char)((seed = seed * 1103515245u + 12345u) >> 24);
-    return data;
-  };
-  const std::string main_data = noise(150000), alternative = noise(20000);
-  kxtest::write_bytes((tree / "EXE" / "KORV5.EXE").string(), main_data);
-  kxtest::write_bytes((tree / "EXE" / "KVWPP.EXE").string(), alternative);
-  kxtest::write_bytes((tree / "CTIMNE.TXT").string(), "hello");
-  fs::remove_all(local(source_));
-  MediumOptions options;
-  medium_default_options(&options);
-  const std::string out = scratch_.file("media"), tree_text = tree.string();
-  options.source = tree_text.c_str();
-  options.output = out.c_str();
-  options.capacity = 160000;
-  MediumResult result;
-  ASSERT_TRUE(medium_make(&options, &result)) << result.message;
-  ASSERT_EQ(result.disks, 2) << "the medium should need two disks";
-  const std::string here = local(source_).substr(0, local(source_).size() - 1);
-  fs::rename(fs::path(out) / "DISK1", here);
-  on_notice = [&](const std::string &text) {
-    if (text != "Vlož DISK2") return;
-    fs::rename(here, scratch_.file("old_disk"));
-    fs::rename(fs::path(out) / "DISK2", here);
-  };
-  ASSERT_EQ(run(), 1) << dump_asked();
-  inst_close_lists(state_);
-  EXPECT_EQ(asked_count("Vlož DISK2"), 1) << dump_asked();
-  const std::string t = target_;
-  EXPECT_TRUE(kxtest::read_bytes(local(t + "EXE\\KORV5.EXE")) == alternative);
-  EXPECT_FALSE(kxtest::exists(local(t + "EXE\\KVWPP.EXE")));
-  EXPECT_FALSE(kxtest::exists(local(t + "KORV5.EXE")));
-  EXPECT_FALSE(kxtest::exists(local(t + "KORV5.EX_")));
-  EXPECT_EQ(kxtest::read_bytes(local(t + "CTIMNE.TXT")), "hello");
-  Records got = uninstall_records();
-  // Per packed file: the packed copy, the unpacked file in the target, the moved file.
-  size_t first = 0;
-  while (first < got.size() && got[first] != Records::value_type{1, t.substr(0, t.size() - 1)})
-    first++;
-  ASSERT_LT(first + 10, got.size()) << dump_records();
-  Records transfer(got.begin() + first + 1, got.begin() + first + 10);
-  EXPECT_EQ(transfer, (Records{{0, t + "KORV5.EX_"},
-                               {0, t + "KORV5.EXE"},
-                               {0, t + "EXE\\KORV5.EXE"},
-                               {0, t + "KVWPP.EX_"},
-                               {0, t + "KVWPP.EXE"},
-                               {0, t + "EXE\\KVWPP.EXE"},
-                               {0, t + "EXE\\KORV5.EXE"},
-                               {0, t + "CTIMNE.TX_"},
-                               {0, t + "CTIMNE.TXT"}}))
-      << dump_records();
-  auto inst = install_lines();
-  ASSERT_EQ(inst.size(), 3u);
-  EXPECT_EQ(inst[1], t + "EXE\\KVWPP.EXE ");
-}
-
-TEST_F(InstallTest, DamagedPackedFileIsReportedAndSkipped) {
-  Medium m;
-  m.packed = 1;
-  m.records.push_back(file_record("A.TXT", "A.TX_", ".", 10, 0, "a"));
-  write_medium(m);  // the stored file is not a zlib stream
-  ASSERT_EQ(run(), 1) << dump_asked();
-  ASSERT_GE(boxes_.count(), 1u);
-  EXPECT_EQ(boxes_.boxes()[0].text, "Komprese/dekomprese dat - chyba ve vstupních datech");
-  EXPECT_TRUE(install_lines().empty());
-  EXPECT_TRUE(kxtest::exists(local(target_ + "A.TX_")));
-  // The packed copy is recorded, the file that was never made is not.
-  int copies = 0, unpacked = 0;
-  for (const auto &r : uninstall_records()) {
-    copies += r.second == target_ + "A.TX_";
-    unpacked += r.second == target_ + "A.TXT";
-  }
-  EXPECT_TRUE(copies == 1 && unpacked == 0) << dump_records();
-}
-
 TEST_F(InstallTest, WrongDiskNumberAsksAgain) {
   Medium m = three_files();
   m.records[2].disk = 1;
@@ -232,27 +151,6 @@ TEST_F(InstallTest, DiskIdentificationFaults) {
     EXPECT_TRUE(seen) << "row " << i << "\n" << boxes_.dump();
     if (i == 2) {
       EXPECT_EQ(boxes_.boxes().back().text, rows[i].box + source_ + "A.KORV");
-    }
-    clear_target();
-  }
-}
-
-TEST_F(InstallTest, MissingStoredFileSkippedOrFatal) {
-  for (int16_t reply : {WE_ANSWER_YES, WE_ANSWER_NO}) {
-    write_medium(three_files());
-    fs::remove(local(source_ + "ZNACKY.S32"));
-    answers = {{"Soubor " + source_ + "ZNACKY.S32 nenalezen, vynechat", {reply}}};
-    asked.clear();
-    EXPECT_EQ(run(), reply == WE_ANSWER_YES ? 1 : 0) << dump_asked();
-    inst_close_lists(state_);
-    EXPECT_EQ(asked_count("Vlož DISK1"), 1) << dump_asked();
-    EXPECT_EQ(asked_count(answers[0].first), 1) << dump_asked();
-    auto inst = install_lines();
-    if (reply == WE_ANSWER_YES) {
-      EXPECT_EQ(inst.size(), 2u);
-      for (auto &r : uninstall_records()) EXPECT_EQ(r.second.find("ZNACKY"), std::string::npos);
-    } else {
-      EXPECT_EQ(inst.size(), 1u);
     }
     clear_target();
   }
@@ -327,101 +225,4 @@ TEST_F(InstallTest, SpaceCheckBoundary) {
   boxes_.clear();
   EXPECT_EQ(run(), 0);
   EXPECT_EQ(boxes_.only().text, "Málo místa na disku, je třeba 1001024 B");
-}
-
-TEST_F(InstallTest, BadTargets) {
-  write_medium(three_files());
-  char missing = 0;
-  for (char letter = 'Y'; letter > 'D' && !missing; letter--) {
-    char drive[3] = {letter, ':', 0};
-    if (!plat_drive_ready(drive)) missing = letter;
-  }
-  ASSERT_NE(missing, 0);
-  std::string lower_missing = std::string(1, (char)(missing - 'A' + 'a')) + ":\\KORV5\\";
-  struct { std::string target, box; } rows[] = {
-      /* 0 */ {"KORV5\\", "Chybná cílová cesta KORV5\\"},
-      /* 1 */ {"\\\\server\\share\\", "Chybná cílová cesta \\\\server\\share\\"},
-      /* 2 */ {"", "Chybná cílová cesta "},
-      /* 3 */ {lower_missing, std::string("Nelze najít disk ") + missing + "::"},
-  };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
-    boxes_.clear();
-    set_target(rows[i].target);
-    EXPECT_EQ(run(), 0) << "row " << i;
-    EXPECT_EQ(boxes_.only().text, rows[i].box) << "row " << i;
-  }
-}
-
-TEST_F(InstallTest, MissingSourceList) {
-  EXPECT_EQ(run(), 0);
-  EXPECT_EQ(boxes_.only().text, "Chybná cesta/soubor nenalezen: " + source_ + "DISKLIST.LST");
-}
-
-TEST_F(InstallTest, PreviousInstallationNeedsBothFiles) {
-  write_medium(three_files());
-  const std::string question =
-      "Na cílové cestě byla nalezena předchozí instalace KORVEX.\n"
-      "Před novou instalací je třeba minulou odstranit. Pokračovat?";
-  // Only UNINST.LST: no earlier installation, the install runs.
-  write_local(local(target_ + "UNINST.LST"), "");
-  ASSERT_EQ(run(), 1) << dump_asked();
-  EXPECT_EQ(asked_count(question), 0);
-  inst_close_lists(state_);
-  // Both: asked; No stops without a message.
-  write_local(local(target_ + "EXE\\UNINSTAL.EXE"), "not a program");
-  asked.clear();
-  boxes_.clear();
-  answers = {{question, {WE_ANSWER_NO}}};
-  EXPECT_EQ(run(), 0);
-  EXPECT_EQ(asked_count(question), 1);
-  EXPECT_EQ(boxes_.count(), 0u) << boxes_.dump();
-  // Yes, but the uninstaller can't be started.
-  answers.clear();
-  EXPECT_EQ(run(), 0);
-  EXPECT_EQ(boxes_.only().text, "Chyba při spuštění odinstalačního programu KORVEX");
-}
-
-TEST_F(InstallTest, BadListNamesAreRefusedBeforeCopying) {
-  struct { const char *name, *stored, *directory, *shown; } rows[] = {
-      /* 0 */ {"..\\EVIL.EXE", "E.EXE", ".", "..\\EVIL.EXE"},
-      /* 1 */ {"EVIL.EXE", "E.EXE", "..", ".."},
-      /* 2 */ {"EVIL.EXE", "E.EXE", "A\\B", "A\\B"},
-      /* 3 */ {"A/B", "E.EXE", ".", "A/B"},
-      /* 4 */ {"C:EVIL", "E.EXE", ".", "C:EVIL"},
-      /* 5 */ {"EVIL.EXE", "..\\..\\X", ".", "..\\..\\X"},
-      /* 6 */ {"", "E.EXE", ".", ""},
-      /* 7 */ {"EV\nIL", "E.EXE", ".", "EV?IL"},
-      /* 8 */ {"EVIL.EXE", "E.EXE", "", ""},
-      /* 9 */ {".", "E.EXE", "EXE", "."},
-  };
-  for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
-    boxes_.clear();
-    Medium m = three_files();
-    m.records.push_back(file_record(rows[i].name, rows[i].stored, rows[i].directory, 3, 0, ""));
-    write_medium(m, false);
-    for (auto &r : three_files().records) write_source_file(r.stored, "x");
-    EXPECT_EQ(run(), 0) << "row " << i;
-    inst_close_lists(state_);
-    EXPECT_EQ(boxes_.only().text, std::string("Chybný záznam v seznamu souborů: ") + rows[i].shown)
-        << "row " << i;
-    // Nothing of the list was copied, no directory made.
-    EXPECT_FALSE(kxtest::exists(local(target_ + "EXE"))) << "row " << i;
-    EXPECT_EQ(uninstall_records().size(), 1u) << "row " << i << "\n" << dump_records();
-    clear_target();
-  }
-}
-
-TEST_F(InstallTest, ShortListEndsEarly) {
-  // The header claims five records, three are there: the list ends after them.
-  Medium m = three_files();
-  m.count_override = 5;
-  write_medium(m);
-  ASSERT_EQ(run(), 1) << dump_asked();
-  EXPECT_EQ(install_lines().size(), 3u);
-  // An empty list installs nothing.
-  inst_close_lists(state_);
-  clear_target();
-  write_medium(Medium());
-  ASSERT_EQ(run(), 1) << dump_asked();
-  EXPECT_TRUE(install_lines().empty());
 }

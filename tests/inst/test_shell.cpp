@@ -1,8 +1,8 @@
-// test_shell.cpp - the later install steps: Start-menu group, desktop and quick-launch
-// shortcuts, registry registration, the HTML Help check and the function list. Natively against
-// the in-memory registry and the text-file shortcuts; under Wine against the real registry and
-// real .lnk files (read back through IShellLinkA). The shell folders are pointed into the
-// scratch directory for every case and put back afterwards.
+// test_shell.cpp - the later install steps where a whole install shows too little: a program
+// directory at the path limit, the Start-menu folder of each system, and failing steps that
+// still record their keys. Natively against the in-memory registry and the text-file
+// shortcuts; under Wine against the real registry and real .lnk files. The shell folders are
+// pointed into the scratch directory for every case and put back afterwards.
 #include "tests/inst/test_inst_fixture.h"
 
 #include "installer/startup.h"
@@ -155,173 +155,7 @@ class ShellSteps : public InstallTest {
   std::string exe_, programs_, desktop_, appdata_, quick_;
 };
 
-std::string strip(const std::string &path) {
-  return (!path.empty() && path.back() == '\\') ? path.substr(0, path.size() - 1) : path;
-}
-
 }  // namespace
-
-TEST_F(ShellSteps, StartMenuGroupHoldsThreeShortcuts) {
-  EXPECT_EQ(1, UpdateStartMenu(state_));
-  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
-  ASSERT_FALSE(statuses.empty());
-  EXPECT_EQ("Aktualizace nabídky Start ...", statuses.back());
-  const std::string group = programs_ + "\\KORVEX";
-  struct Row {
-    int n;
-    const char *file;
-    std::string target, description, directory;
-  } rows[] = {
-      {1, "KORVEX.LNK", exe_ + "KORV5.EXE", MAIN_DESCRIPTION, target_ + "Navrhy"},
-      {2, "Konfigurace KORVEX.LNK", exe_ + "CONFIG.EXE", "Konfigurace KORVEX", target_ + "EXE"},
-      {3, "Odinstalace KORVEX.LNK", exe_ + "UNINSTAL.EXE", "Odinstalace KORVEX", strip(target_)},
-  };
-  for (const Row &r : rows) {
-    Link link = read_link(local(group + "\\" + r.file));
-    ASSERT_TRUE(link.ok) << "row " << r.n;
-    EXPECT_EQ(r.target, link.target) << "row " << r.n;
-    EXPECT_EQ(r.description, link.description) << "row " << r.n;
-    EXPECT_EQ(r.directory, link.directory) << "row " << r.n;
-  }
-  expect_current_directory(group, 0);   // the group is the current directory afterwards
-#ifndef KX_WIN32
-  const std::string one = "begin create persist load path description directory save release end ";
-  EXPECT_EQ(one + one + one, shl_test_trace());
-  // A second run loads each shortcut and rewrites it in place.
-  shl_test_reset();
-  EXPECT_EQ(1, UpdateStartMenu(state_));
-  const std::string again = "begin create persist load* path description directory save release end ";
-  EXPECT_EQ(again + again + again, shl_test_trace());
-#endif
-}
-
-TEST_F(ShellSteps, RegistrationWritesEveryKeyAndValue) {
-  created_all();
-  statuses.clear();
-#ifndef KX_WIN32
-  const int32_t before = reg_test_log_count();   // the shell folders of the fixture
-#endif
-  state_->total_size = 5000;
-  EXPECT_EQ(1, RegisterAppPath(state_));
-  EXPECT_EQ(1, RegisterUninstall(state_));
-  EXPECT_EQ(1, RegisterFileTypes(state_));
-  EXPECT_EQ(1, RegisterConfigPath(state_));
-  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
-  EXPECT_EQ((std::vector<std::string>{"Aktualizace registru (registrace aplikace) ...",
-                                      "Aktualizace registru (odinstalace) ...",
-                                      "Aktualizace registru (ikony souborů) ...",
-                                      "Aktualizace registru (cesta systémové konfigurace) ..."}),
-            statuses);
-  const std::string command = exe_ + "KORV5.EXE \"%1\"";
-  struct Row {
-    int n;
-    int16_t root;
-    std::string key;
-    const char *value;
-    std::string data;
-  } rows[] = {
-      {1, HKLM, APP_PATH, nullptr, exe_ + "KORV5.EXE"},
-      {2, HKLM, APP_PATH, "Path", strip(exe_)},
-      {3, HKLM, UNINSTALL, "DisplayName", "KORVEX V5.003-016"},
-      {4, HKLM, UNINSTALL, "UninstallString", exe_ + "UNINSTAL.EXE"},
-      {5, HKCR, ".d32", nullptr, "d32_file"},
-      {6, HKCR, ".s32", nullptr, "s32_file"},
-      {7, HKCR, ".l32", nullptr, "l32_file"},
-      {8, HKCR, "d32_file", nullptr, "Soubor návrhu KORVEX"},
-      {9, HKCR, "s32_file", nullptr, "Knihovna značek KORVEX"},
-      {10, HKCR, "l32_file", nullptr, "Knihovna patic KORVEX"},
-      {11, HKCR, "d32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-10"},
-      {12, HKCR, "s32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-11"},
-      {13, HKCR, "l32_file\\DefaultIcon", nullptr, exe_ + "KORV5.EXE,-12"},
-      {14, HKCR, "d32_file\\Shell", nullptr, ""},
-      {15, HKCR, "s32_file\\Shell", nullptr, ""},
-      {16, HKCR, "l32_file\\Shell", nullptr, ""},
-      {17, HKCR, "d32_file\\Shell\\Open", nullptr, "&Otevřít"},
-      {18, HKCR, "s32_file\\Shell\\Open", nullptr, "&Otevřít"},
-      {19, HKCR, "l32_file\\Shell\\Open", nullptr, "&Otevřít"},
-      {20, HKCR, "d32_file\\Shell\\Open\\command", nullptr, command},
-      {21, HKCR, "s32_file\\Shell\\Open\\command", nullptr, command},
-      {22, HKCR, "l32_file\\Shell\\Open\\command", nullptr, command},
-      {23, HKLM, "SOFTWARE\\KORV", nullptr, ""},
-      {24, HKLM, "SOFTWARE\\KORV\\KORVEX", nullptr, ""},
-      {25, HKLM, "SOFTWARE\\KORV\\KORVEX\\5", "system_wco_path", target_ + "EXE\\SYSTEM.WCO"},
-  };
-  for (const Row &r : rows)
-    EXPECT_EQ(r.data, reg(r.root, r.key, r.value)) << "row " << r.n << ": " << r.key;
-#ifndef KX_WIN32
-  // The order of the writes, each root flushed after its step's writes; the file types tell
-  // the shell once.
-  std::vector<std::string> expected;
-  auto put = [&](const Row &r) {
-    expected.push_back("S" + std::to_string(r.root) + " " + r.key + " [" +
-                       (r.value ? r.value : "") + "] " + r.data);
-  };
-  put(rows[0]);
-  put(rows[1]);
-  expected.push_back("F2");
-  put(rows[2]);
-  put(rows[3]);
-  // The values for deployment tools follow the two of the uninstall entry (5000 B: 5 KiB).
-  const std::string u = "2 " + std::string(UNINSTALL) + " [";
-  for (const std::string &more :
-       {"S" + u + "DisplayVersion] 5.003-016", "S" + u + "InstallLocation] " + target_,
-        "S" + u + "DisplayIcon] " + exe_ + "KORV5.EXE,0", "D" + u + "EstimatedSize] 5",
-        "D" + u + "NoModify] 1", "D" + u + "NoRepair] 1",
-        "S" + u + "QuietUninstallString] \"" + exe_ + "UNINSTAL.EXE\" /SILENT"})
-    expected.push_back(more);
-  expected.push_back("F2");
-  for (int i = 4; i < 22; i++) put(rows[i]);
-  expected.push_back("F0");
-  for (int i = 22; i < 25; i++) put(rows[i]);
-  expected.push_back("F2");
-  std::vector<std::string> got;
-  for (int32_t i = before; i < reg_test_log_count(); i++) {
-    const RegTestWrite *w = reg_test_log(i);
-    if (w->op == 'F')
-      got.push_back("F" + std::to_string(w->root) + w->key);
-    else
-      got.push_back(w->op + std::to_string(w->root) + " " + w->key + " [" + w->value + "] " +
-                    w->data);
-  }
-  EXPECT_EQ(expected, got);
-  EXPECT_EQ(1, shl_test_notify_count());
-#endif
-}
-
-TEST_F(ShellSteps, ExtensionsComeFromTheConfiguration) {
-  ConfigStore *store = wco::system_store();
-  ASSERT_NE(nullptr, store);
-  struct Row {
-    int n;
-    const char *design, *schematic, *layout;   // null: key missing
-    const char *d, *s, *l;                     // keys expected
-  } rows[] = {
-      {1, nullptr, nullptr, nullptr, ".d32", ".s32", ".l32"},
-      {2, "DSN", nullptr, nullptr, ".dsn", ".s32", ".l32"},
-      {3, "Dsnx", "SCHX", "ČŘŽ", ".dsn", ".sch", ".čřž"},
-      {4, "A", nullptr, "L32", ".a", ".s32", ".l32"},
-  };
-  for (const Row &r : rows) {
-    struct {
-      const char *section, *key, *value;
-    } keys[] = {{"CO_common", "default_design_extension", r.design},
-                {"CO_schematic", "schema_default_library_extension", r.schematic},
-                {"CO_layout", "layout_default_library_extension", r.layout}};
-    for (auto &k : keys) {
-      wco::remove_key(store, k.section, k.key);
-      if (k.value) wco::set_text(store, k.section, k.key, k.value);
-    }
-    reg_test_reset();
-    std::vector<std::string> expected = class_keys(r.d, r.s, r.l);
-    created(HKCR, expected);
-    EXPECT_EQ(1, RegisterFileTypes(state_)) << "row " << r.n;
-    EXPECT_EQ("d32_file", reg(HKCR, r.d, nullptr)) << "row " << r.n;
-    EXPECT_EQ("s32_file", reg(HKCR, r.s, nullptr)) << "row " << r.n;
-    EXPECT_EQ("l32_file", reg(HKCR, r.l, nullptr)) << "row " << r.n;
-    for (auto &k : keys) wco::remove_key(store, k.section, k.key);
-  }
-  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
-}
 
 TEST_F(ShellSteps, LongProgramDirectoryIsCutNotOverrun) {
   created(HKLM, {APP_PATH});
@@ -335,96 +169,7 @@ TEST_F(ShellSteps, LongProgramDirectoryIsCutNotOverrun) {
   }
 }
 
-// ---- HTML Help and the function list -------------------------------------------------------
-
-namespace {
-const char NOTICE_NO_PACKAGE[] =
-    "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat aplikaci "
-    "HTML HELP (Microsoft). Servisní balíček HHUPD.EXE lze získat zdarma na serverech firmy "
-    "Microsoft nebo na našem serveru http://www.korvex.cz/ ";
-const char QUESTION_RUN_PACKAGE[] =
-    "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat aplikaci "
-    "HTML HELP (Microsoft). Má se nyní spustit instalace tohoto servisního balíčku?";
-const char NOTICE_DECLINED[] =
-    "Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). Servisní balíček "
-    "HHUPD.EXE lze získat zdarma na serverech firmy Microsoft nebo na našem serveru "
-    "http://www.korvex.cz/ ";
-const char RUN_FAILED[] = "Chyba při spuštění instalace HTML Help - hhupd.exe (soubor nenalezen?)";
-const char LIST_FAILED[] = "Chyba při vytvoření seznamu konfiguračního seznamu funkcí";
-}  // namespace
-
 #ifndef KX_WIN32
-TEST_F(ShellSteps, HtmlHelpCheckBranches) {
-  struct Row {
-    int n;
-    Flag library;
-    const char *package;   // hhupd.exe's contents; null: no package
-    int16_t answer;
-    std::vector<std::string> asked;   // kind, then text
-    const char *box;
-    bool ran;
-  } rows[] = {
-      {1, 1, "#!/bin/sh\necho ran > ran.txt\n", WE_ANSWER_YES, {}, nullptr, false},
-      {2, 0, nullptr, WE_ANSWER_YES, {"3", NOTICE_NO_PACKAGE}, nullptr, false},
-      {3, 0, "#!/bin/sh\necho ran > ran.txt\n", WE_ANSWER_NO,
-       {"0", QUESTION_RUN_PACKAGE, "3", NOTICE_DECLINED}, nullptr, false},
-      {4, 0, "#!/bin/sh\necho ran > ran.txt\nexit 3\n", WE_ANSWER_YES,
-       {"0", QUESTION_RUN_PACKAGE}, nullptr, true},
-      {5, 0, "not a program", WE_ANSWER_YES, {"0", QUESTION_RUN_PACKAGE}, RUN_FAILED, false},
-  };
-  const std::string package = target_ + "hhlppack\\hhupd.exe";
-  for (const Row &r : rows) {
-    asked.clear();
-    answers.clear();
-    boxes_.clear();
-    fs::remove_all(local(target_ + "hhlppack"));
-    fs::remove(scratch_.file("ran.txt"));
-    fs::current_path(scratch_.path());
-    inst_host_set_library("HHCTRL.OCX", r.library);
-    if (r.package) {
-      write_program(package, r.package, r.box ? 0644 : 0755);
-    }
-    answers.push_back({QUESTION_RUN_PACKAGE, {r.answer}});
-    EXPECT_EQ(1, CheckHtmlHelp(state_)) << "row " << r.n;
-    std::vector<std::string> got;
-    for (const auto &a : asked) {
-      got.push_back(std::to_string(a.kind));
-      got.push_back(a.text);
-    }
-    EXPECT_EQ(r.asked, got) << "row " << r.n;
-    expect_box(r.box, r.n);
-    EXPECT_EQ(r.ran, kxtest::exists(scratch_.file("ran.txt"))) << "row " << r.n;
-  }
-}
-
-TEST_F(ShellSteps, FunctionListRunsTheInstalledProgram) {
-  struct Row {
-    int n;
-    const char *program;   // null: no EXE directory at all
-    Flag result;
-    const char *box;
-    bool listed;
-  } rows[] = {
-      {1, "#!/bin/sh\n[ \"$1\" = '$f' ] && [ -z \"$2\" ] && echo PFU > PFU_LIST.PFU\nexit 0\n", 1,
-       nullptr, true},
-      {2, "#!/bin/sh\nexit 1\n", 0, LIST_FAILED, false},
-      {3, "MZ", 0, LIST_FAILED, false},
-      {4, nullptr, 0, "Nelze změnit adresář na disku C:", false},
-  };
-  for (const Row &r : rows) {
-    boxes_.clear();
-    fs::current_path(scratch_.path());
-    fs::remove_all(local(exe_));
-    if (r.program) {
-      write_program(exe_ + "KORV5.EXE", r.program);
-    }
-    EXPECT_EQ(r.result, CreateFunctionList(state_)) << "row " << r.n;
-    expect_box(r.box, r.n);
-    EXPECT_EQ(r.listed, kxtest::exists(local(exe_ + "PFU_LIST.PFU"))) << "row " << r.n;
-    if (r.result) expect_current_directory(target_, r.n);   // back in the target
-  }
-}
-
 TEST_F(ShellSteps, StartMenuFolderBySystem) {
   struct Row {
     int n;
@@ -519,14 +264,6 @@ class ShellRecords : public ShellSteps {
 }  // namespace
 
 #ifndef KX_WIN32
-TEST_F(ShellRecords, OptionsOffGiveTheGroupAndTheRegistryKeys) {
-  Records got = run_empty();
-  EXPECT_EQ(later_records(false, false, true), got) << dump(got);
-  EXPECT_EQ(0u, boxes_.count()) << dump_boxes();
-  EXPECT_EQ("PFU\n", kxtest::read_bytes(local(exe_ + "PFU_LIST.PFU")));
-  delete_in_order(got);
-}
-
 TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
   // No rights below HKEY_LOCAL_MACHINE and HKEY_CLASSES_ROOT, no quick-launch folder, and a
   // main program that fails: every key is still recorded, the function list is not.
@@ -567,18 +304,4 @@ TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
   EXPECT_EQ(want, texts);
 }
 #else
-TEST_F(ShellRecords, WholeInstallRecordsShortcutsAndKeysInOrder) {
-  // No desktop shortcut here: the shell keeps its Shell Folders values up to date itself, and
-  // saving the Start-menu shortcuts puts the real desktop (the Wine user's home) back.
-  state_->desktop_icon = 0;
-  state_->quick_launch_icon = 1;
-  Records got = run_empty();
-  appdata_ = reg(HKCU, SHELL_FOLDERS, "AppData");
-  quick_ = appdata_ + "\\Microsoft\\Internet Explorer\\Quick Launch";
-  // Under Wine the main program here is no program: the function list is reported, not
-  // recorded.
-  EXPECT_EQ(later_records(false, true, false), got) << dump(got);
-  EXPECT_EQ(exe_ + "KORV5.EXE", read_link(quick_ + "\\KORVEX.LNK").target) << quick_;
-  delete_in_order(got);
-}
 #endif

@@ -15,8 +15,6 @@
 
 namespace {
 
-std::string pat(size_t n) { return kxtest::pattern_text(n); }
-
 // Runs the reader on a vector of arguments (argv[0] first), after filling every global with a
 // pattern so that a field the reader forgets to reset shows.
 void read_line(const std::vector<std::string> &args) {
@@ -95,71 +93,6 @@ TEST(StartupCommandLine, ArgumentsSwitchesDesignAndRest) {
   }
 }
 
-TEST(StartupCommandLine, LongTextsAreCutAtTheBuffers) {
-  // Program paths: the directory part is cut at 1023 characters.
-  struct PathRow {
-    int n;
-    size_t length;   // of the directory between "C:" and the file name
-  } paths[] = {{1, 1019}, {2, 1020}, {3, 1021}, {4, 1022}, {5, 1023}, {6, 1024}, {7, 1030}};
-  for (const PathRow &r : paths) {
-    std::string dir = "\\" + pat(r.length - 2) + "\\";
-    read_line({"C:" + dir + "A.EXE"});
-    std::string rest = (dir + "A.EXE").substr(0, 1023);
-    std::string want = rest.substr(0, rest.rfind('\\') + 1);
-    EXPECT_EQ(want, program_dir) << "row " << r.n << " length " << strlen(program_dir);
-    EXPECT_STREQ("C:", program_drive) << "row " << r.n;
-  }
-
-  // Design names: ".D32" always fits; names with an extension are cut at 1023.
-  struct NameRow {
-    int n;
-    std::string arg, want;
-  } names[] = {
-      {1, pat(1019), pat(1019) + ".D32"},
-      {2, pat(1020), pat(1019) + ".D32"},
-      {3, pat(1025), pat(1019) + ".D32"},
-      {4, pat(1019) + ".X", (pat(1019) + ".X").substr(0, 1023)},
-      {5, pat(1018) + ".abc", pat(1018) + ".abc"},
-      {6, pat(1030) + ".abc", pat(1023)},
-  };
-  for (const NameRow &r : names) {
-    read_line({"C:\\A.EXE", r.arg});
-    EXPECT_EQ(r.want, design_file_name) << "row " << r.n << " length " << strlen(design_file_name);
-  }
-
-  // The rest: 1023 characters at most, whatever comes after is dropped.
-  struct RestRow {
-    int n;
-    std::vector<std::string> args;
-    std::string want;
-  } rests[] = {
-      {1, {"-" + pat(1022)}, "-" + pat(1022)},
-      {2, {"-" + pat(1023)}, "-" + pat(1022)},
-      {3, {"-" + pat(1024)}, "-" + pat(1022)},
-      {4, {"-" + pat(1020), "-b"}, "-" + pat(1020) + " -"},
-      {5, {"-" + pat(1021), "-b"}, "-" + pat(1021) + " "},
-      {6, {"-" + pat(1022), "$f"}, "-" + pat(1022)},
-  };
-  for (const RestRow &r : rests) {
-    std::vector<std::string> args{"C:\\A.EXE"};
-    args.insert(args.end(), r.args.begin(), r.args.end());
-    read_line(args);
-    EXPECT_EQ(r.want, command_rest) << "row " << r.n << " length " << strlen(command_rest);
-  }
-  // A switch whose text was cut off the rest still counts.
-  EXPECT_EQ(1, function_list_switch);
-}
-
-TEST(StartupCommandLine, NoArgumentsKeepsTheDefaults) {
-  read_line({});
-  EXPECT_STREQ("", program_drive);
-  EXPECT_STREQ("", program_dir);
-  EXPECT_STREQ("DESIGN.D32", design_file_name);
-  EXPECT_STREQ("c:", system_drive);
-  EXPECT_EQ(1, startup_read_command_line(0, nullptr));
-  EXPECT_STREQ("DESIGN.D32", design_file_name);
-}
-
 // ---- Locating and repairing the system configuration ----------------------------------------
 //
 // Native build: the in-memory registry, drive paths below the scratch directory (inst_host's
@@ -220,31 +153,6 @@ class Locate : public ::testing::Test {
     inst_host_reset();
 #endif
   }
-  // A path in the drive form the registry holds, and where the test finds it.
-#ifdef KX_WIN32
-  std::string drive_path(const std::string &rest) const { return scratch_.path() + "\\" + rest; }
-  std::string local(const std::string &rest) const { return drive_path(rest); }
-  // Where the store's save of a drive path lands.
-  std::string saved(const std::string &rest) const { return drive_path(rest); }
-#else
-  std::string drive_path(const std::string &rest) const { return "C:\\" + rest; }
-  std::string local(const std::string &rest) const {
-    std::string native = scratch_.path() + "/C/" + rest;
-    for (char &c : native) if (c == '\\') c = '/';
-    return native;
-  }
-  // The store opens a drive path as it stands: a file of that name in the current directory.
-  std::string saved(const std::string &rest) const {
-    return scratch_.path() + "/C/" + drive_path(rest);
-  }
-#endif
-  // The program is started from dir (drive form): argument 0 is dir + "KORV5.EXE".
-  void start_program(const std::string &dir) {
-    std::string arg0 = dir + "KORV5.EXE";
-    char *argv[] = {&arg0[0], nullptr};
-    ASSERT_EQ(1, startup_read_command_line(1, argv));
-  }
-
   kxtest::ScratchDir scratch_;
   kxtest::BoxRecorder boxes_;
 };
@@ -290,131 +198,6 @@ TEST_F(Locate, TriesUserThenMachineThenTheProgramsOwnFile) {
     EXPECT_EQ(r.found[0] ? r.found : "<none>", store_text("CO_common", "marker")) << "row " << r.n;
   }
   EXPECT_EQ(0u, boxes_.count()) << boxes_.dump();
-}
-
-TEST_F(Locate, OwnFileRepairsTheInstalledPathsOfTheRegistry) {
-  // The machine names an installation whose configuration is gone; the program runs from
-  // elsewhere (PROG\EXE) and has its own SYSTEM.WCO.
-  const std::string registry = drive_path("KORV5\\EXE\\SYSTEM.WCO");
-  set_values("", registry);
-  ASSERT_EQ(1, plat_make_directory(drive_path("PROG").c_str()));
-  ASSERT_EQ(1, plat_make_directory(drive_path("PROG\\EXE").c_str()));
-  start_program(drive_path("PROG\\EXE\\"));
-  // Natively the store opens the own file by its drive path as it stands.
-  ASSERT_TRUE(kxtest::write_bytes(saved("PROG\\EXE\\SYSTEM.WCO"), marker_file("own")));
-  ASSERT_EQ(1, LocateConfiguration());
-  EXPECT_EQ(registry, configuration_path);
-  EXPECT_EQ(0u, boxes_.count()) << boxes_.dump();
-  for (const char *d : {"KORV5", "KORV5\\Navrhy", "KORV5\\EXE"})
-    EXPECT_TRUE(plat_directory_exists(drive_path(d).c_str())) << d;
-
-  char upper[KX_PATH];
-  ASSERT_EQ(1, startup_install_root(registry.c_str(), upper));
-  // system_path: the program's directory without its drive, upper-cased, cut before EXE.
-  std::string system = std::string(program_dir);
-  system = system.substr(0, system.size() - 4);
-  for (char &c : system) c = (char)toupper((unsigned char)c);
-  struct Want {
-    const char *section, *key;
-    std::string value;
-  } wants[] = {
-      {"CO_common", "system_path", system},
-      {"CO_common", "initial_directory", std::string(upper) + "Navrhy"},
-      {"CO_schematic", "schema_default_library_path", program_drive + system + "SLIB\\"},
-      {"CO_layout", "layout_default_library_path", program_drive + system + "LLIB\\"},
-      {"CO_edit", "edit_default_library_path", program_drive + system + "ELIB\\"},
-      {"CO_simulator", "default_model_library_path", program_drive + system + "MLIB\\"},
-      {"CO_common", "marker", "own"},
-  };
-  const std::string file = kxtest::read_bytes(saved("KORV5\\EXE\\SYSTEM.WCO"));
-  for (const Want &w : wants) {
-    EXPECT_EQ(w.value, store_text(w.section, w.key)) << w.key;
-    EXPECT_NE(std::string::npos, file.find(w.key + std::string(42 - 3 - strlen(w.key), ' ') +
-                                           "=  " + w.value))
-        << w.key << " in the saved file:\n" << file;
-  }
-}
-
-TEST_F(Locate, RepairFailuresNameThePathAndLeaveTheKeys) {
-  struct Row {
-    int n;
-    std::string registry;
-    const char *blocker;   // a file where a directory must go (drive form), or null
-    std::string box;       // expected message ("" none)
-    Flag result;
-  } rows[] = {
-      {1, "", nullptr, "", 1},
-      {2, "KORV5\\EXE\\SYSTEM.WCO", nullptr, "Chybná cesta KORV5\\EXE\\SYSTEM.WCO", 0},
-      {3, "Q:\\KORV5\\EXE\\SYSTEM.WCO", nullptr, "Nelze najít disk Q::", 0},
-      {4, drive_path("BLOK\\EXE\\SYSTEM.WCO"), "BLOK",
-       "Nelze vytvořit adresář BLOK na disku ", 0},
-      {5, drive_path("K5\\EXE\\SYSTEM.WCO"), "K5\\Navrhy",
-       "Nelze vytvořit adresář Navrhy na disku ", 0},
-  };
-  for (const Row &r : rows) {
-    clear_store();
-    boxes_.clear();
-    set_values("", r.registry);
-    start_program(drive_path("PROG\\EXE\\"));
-    if (r.blocker != nullptr) {
-      std::string b = r.blocker;
-      if (b.find('\\') != std::string::npos)
-        plat_make_directory(drive_path(b.substr(0, b.find('\\'))).c_str());
-      ASSERT_TRUE(kxtest::write_bytes(local(b), "x")) << "row " << r.n;
-    }
-    strcpy(configuration_path, "unchanged");
-    EXPECT_EQ(r.result, RepairInstalledPaths()) << "row " << r.n;
-    ASSERT_EQ(r.box.empty() ? 0u : 1u, boxes_.count()) << "row " << r.n << ": " << boxes_.dump();
-    if (!r.box.empty()) {
-      EXPECT_EQ(0u, boxes_.only().text.find(r.box)) << "row " << r.n << ": " << boxes_.dump();
-      EXPECT_EQ(" Chyba ", boxes_.only().title) << "row " << r.n;
-    }
-    EXPECT_EQ("<none>", store_text("CO_common", "system_path")) << "row " << r.n;
-    EXPECT_STREQ("unchanged", configuration_path) << "row " << r.n;
-  }
-}
-
-TEST(StartupPaths, InstallRootAndSystemPath) {
-  struct Row {
-    int n;
-    std::string in, want;
-  } roots[] = {
-      {1, "c:\\korv5\\exe\\system.wco", "C:\\KORV5\\"},
-      {2, "D:\\Programy\\Korv\\EXE\\SYSTEM.WCO", "D:\\PROGRAMY\\KORV\\"},
-      {3, "C:\\TEXEDIT\\EXE\\SYSTEM.WCO", "C:\\T"},   // cut at the first EXE, whatever it is in
-      {4, "C:\\KORV5\\SYSTEM.WCO", "C:\\KORV5\\SYSTEM.WCO"},
-      {5, "c:\\návrhy\\exe\\x", "C:\\NÁVRHY\\"},
-      {6, "C:\\" + pat(1030), "C:\\" + pat(1020)},   // cut at 1023, then upper-cased
-  };
-  for (const Row &r : roots) {
-    char out[KX_PATH + 8];
-    memset(out, '#', sizeof out);
-    ASSERT_EQ(1, startup_install_root(r.in.c_str(), out)) << "row " << r.n;
-    std::string want = r.want;
-    if (r.n == 6)
-      for (char &c : want) c = (char)toupper((unsigned char)c);
-    EXPECT_EQ(want, out) << "row " << r.n;
-    EXPECT_EQ('#', out[KX_PATH]) << "row " << r.n << ": wrote past the buffer";
-  }
-  struct DirRow {
-    int n;
-    const char *dir, *want;
-  } dirs[] = {
-      {1, "\\KORV5\\EXE\\", "\\KORV5\\"},   {2, "\\korv5\\exe\\", "\\KORV5\\"},
-      {3, "\\TOOLS\\", "\\TOOLS\\"},       {4, "\\EXEC\\EXE\\", "\\EXEC\\"},
-      {5, "\\A\\EXE", "\\A\\"},            {6, "", ""},
-      {7, "\\EXE\\", "\\"},
-  };
-  for (const DirRow &r : dirs) {
-    strcpy(program_dir, r.dir);
-    char out[KX_PATH];
-    ASSERT_EQ(1, startup_system_path(out)) << "row " << r.n;
-    EXPECT_STREQ(r.want, out) << "row " << r.n;
-  }
-  kxtest::BoxRecorder boxes;
-  EXPECT_EQ(0, startup_install_root(nullptr, nullptr));
-  EXPECT_EQ(0, startup_system_path(nullptr));
-  EXPECT_EQ(2u, boxes.count()) << boxes.dump();
 }
 
 }  // namespace

@@ -24,35 +24,6 @@ void place_le(std::string &b, size_t at, uint32_t v, int width) {
   for (int i = 0; i < width; i++) b[at + i] = (char)(v >> (8 * i));
 }
 
-TEST(IlstRecord, DecodesTextFieldsPlacedByHand) {
-  struct Field { size_t at, width, limit; } fields[] = {{0, 17, 16}, {17, 17, 16}, {34, 17, 16}, {58, 82, 80}};
-  const char *others[4] = {"INSTALLED", "STORED", "DIR", "Popis"};
-  for (size_t f = 0; f < 4; f++) {
-    const Field &at = fields[f];
-    // A shorter field leaves the fill pattern after it; row 4 has no NUL up to the field's end.
-    struct Row { int n; std::string field, want; } rows[] = {
-        {1, z(""), ""}, {2, z(pat(at.limit - 1)), pat(at.limit - 1)}, {3, z(pat(at.limit)), pat(at.limit)},
-        {4, pat(at.width), pat(at.limit)}, {5, z("Přehled.txt") + "ZZZZZ", "Přehled.txt"}};
-    for (const Row &r : rows) {
-      // The other fields hold their own texts, so a field read at a wrong offset or run into its
-      // neighbour shows.
-      std::string b(ILST_RECORD_SIZE, kFill);
-      for (size_t o = 0; o < 4; o++) place(b, fields[o].at, z(others[o]));
-      place(b, at.at, r.field);
-      place_le(b, 52, 0xF2345678, 4);
-      place_le(b, 56, 0x8102, 2);
-      ListRecord rec;
-      memset(&rec, 0x5A, sizeof rec);
-      ASSERT_EQ(1, ilst_decode_record(bytes(b), &rec));
-      const char *got[4] = {rec.name, rec.stored, rec.directory, rec.description};
-      for (size_t o = 0; o < 4; o++)
-        EXPECT_EQ(o == f ? r.want : std::string(others[o]), got[o]) << "field " << f << " row " << r.n << " read " << o;
-      EXPECT_EQ(0xF2345678u, rec.size) << "field " << f << " row " << r.n;
-      EXPECT_EQ(0x8102, rec.disk) << "field " << f << " row " << r.n;
-    }
-  }
-}
-
 TEST(IlstRecord, EncodesEveryFieldAtItsOffset) {
   // Arrays filled to the last byte without a NUL (name, description) are cut at their limits;
   // the rest of every field is zero-filled, and nothing is written past the record.
@@ -136,26 +107,6 @@ TEST(IlstDiskId, LettersAToZ) {
     EXPECT_EQ(r.result, ilst_disk_id_name(r.disk, name)) << "row " << r.n;
     EXPECT_STREQ(r.name, name) << "row " << r.n;
   }
-}
-
-TEST(IlstGuards, NullArgumentsAreInternalErrors) {
-  std::string buffer(ILST_UNINSTALL_SIZE, kFill);
-  unsigned char *b = bytes(buffer);
-  ListHeader h = {};
-  ListRecord rec = {};
-  UninstallRecord u = {};
-  kxtest::BoxRecorder boxes;
-  Flag results[] = {
-      ilst_encode_header(nullptr, b),   ilst_encode_header(&h, nullptr),   ilst_decode_header(nullptr, &h),
-      ilst_decode_header(b, nullptr),   ilst_encode_record(nullptr, b),    ilst_encode_record(&rec, nullptr),
-      ilst_decode_record(nullptr, &rec), ilst_decode_record(b, nullptr),   ilst_encode_uninstall(nullptr, b),
-      ilst_encode_uninstall(&u, nullptr), ilst_decode_uninstall(nullptr, &u), ilst_decode_uninstall(b, nullptr),
-      ilst_disk_id_name(0, nullptr),
-  };
-  for (size_t i = 0; i < KX_COUNT(results); i++) EXPECT_EQ(0, results[i]) << "call " << i + 1;
-  ASSERT_EQ(KX_COUNT(results), boxes.count()) << boxes.dump();
-  for (const kxtest::Box &b : boxes.boxes()) EXPECT_LT(0, kxtest::internal_error_line(b, "ilst"));
-  EXPECT_EQ(std::string(ILST_UNINSTALL_SIZE, kFill), buffer) << "a refused call wrote into the buffer";
 }
 
 }  // namespace

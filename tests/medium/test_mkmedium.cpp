@@ -1,15 +1,11 @@
-// The medium builder: media read back record by record, packed files inflated, the split over
-// disks, stored names, refusals, determinism, the printed list, and the tool run as a process.
+// The medium builder: the split over disks, the refusals with their messages, and the texts
+// (UTF-8 descriptions, Windows-1250 lists).
 #include "lists/ilst.h"
-#include "pack/zip_util.h"
 #include "tests/support/kxtest.h"
 #include "tools/mkmedium/medium.h"
-#include "tools/mkmedium/medium_plat.h"
 
 #include <gtest/gtest.h>
 
-#include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 #include <filesystem>
@@ -17,12 +13,6 @@
 #include <map>
 #include <string>
 #include <vector>
-
-#ifdef KX_WIN32
-#include <windows.h>
-#else
-#include <sys/wait.h>
-#endif
 
 namespace fs = std::filesystem;
 using kxtest::BoxRecorder;
@@ -89,123 +79,6 @@ List read_list(const std::string &path) {
   return l;
 }
 
-// Contents in short, so that a difference between two sets of files prints readably.
-std::string digest(const std::string &data) {
-  uint32_t h = 2166136261u;
-  for (unsigned char c : data) h = (h ^ c) * 16777619u;
-  return std::to_string(data.size()) + " bytes #" + std::to_string(h);
-}
-
-// Every file below root: relative path -> digest.
-Files files_below(const std::string &root) {
-  Files m;
-  for (const auto &e : fs::recursive_directory_iterator(root))
-    if (e.is_regular_file())
-      m[fs::relative(e.path(), root).generic_string()] = digest(kxtest::read_bytes(e.path().string()));
-  return m;
-}
-
-std::string inflated(const std::string &packed_path) {
-  ZipUtil zip;
-  ZipInit(&zip);
-  fs::remove("inflated.tmp");
-  EXPECT_EQ(1, DecompressFile(&zip, packed_path.c_str(), "inflated.tmp"))
-      << packed_path << ": " << ZipErrorText(GetError(&zip));
-  return kxtest::read_bytes("inflated.tmp");
-}
-
-struct Want { const char *name, *stored, *directory; std::string data; const char *description; };
-
-void put_tree(const char *root, const std::vector<Want> &want) {
-  for (const Want &w : want)
-    put(root + (std::string(w.directory) == "." ? "" : std::string(w.directory) + "/") + w.name, w.data);
-}
-
-// Checks the list in dir record by record against want (all on the first disk), every stored file
-// (inflated when packed) against its data, and that dir holds nothing but these and the others.
-void expect_medium(const std::string &dir, const std::vector<Want> &want, Files others) {
-  List l = read_list(dir + "/DISKLIST.LST");
-  others["DISKLIST.LST"] = digest(l.raw);
-  ASSERT_EQ(want.size(), l.records.size());
-  for (size_t i = 0; i < want.size(); i++) {
-    const Want &w = want[i];
-    const ListRecord &r = l.records[i];
-    EXPECT_EQ(std::string(w.name) + "|" + w.stored + "|" + w.directory + "|" + std::to_string(w.data.size()) + "|0|" +
-                  w.description,
-              std::string(r.name) + "|" + r.stored + "|" + r.directory + "|" + std::to_string(r.size) + "|" +
-                  std::to_string(r.disk) + "|" + r.description)
-        << "record " << i + 1;
-    std::string path = dir + "/" + r.stored;
-    EXPECT_EQ(w.data, l.header.packed ? inflated(path) : kxtest::read_bytes(path)) << "record " << i + 1;
-    others[r.stored] = digest(kxtest::read_bytes(path));
-  }
-  EXPECT_EQ(others, files_below(dir));
-}
-
-TEST(MediumMake, PackedMediumReadsBackRecordByRecord) {
-  ScratchDir dir;
-  NoBoxes quiet;
-  std::vector<Want> want = {
-      {"NAVOD.HTM", "NAVOD.HT_", "DOC", std::string(3000, 'n'), "Návod k použití"},
-      {"A.LIB", "A.LI_", "LIB", noise(300, 1), "Knihovna A"},
-      {"b.lib", "b.li_", "LIB", "b", ""},
-      {"EMPTY.DAT", "EMPTY.DA_", ".", "", ""},
-      {"KORV5.EXE", "KORV5.EX_", ".", noise(5000, 2), "Hlavní program"},
-      {"Čti mě.txt", "Cti me.tx_", ".", std::string(2000, 'c'), ""},
-  };
-  put_tree("src/", want);
-  kxtest::write_bytes("desc.txt", "\xEF\xBB\xBF# popisy\r\n\r\nKORV5.EXE\t" + utf8("Hlavní program") +
-                                      "\r\ndoc/navod.htm\t  " + utf8("Návod k použití") +
-                                      "  \nLIB\\A.LIB\t\tKnihovna A");
-  MediumOptions o = options(1, 0);
-  o.descriptions = "desc.txt";
-  MediumResult result;
-  ASSERT_EQ(1, medium_make(&o, &result)) << result.message;
-  EXPECT_EQ(want.size(), result.files);
-  EXPECT_EQ(1, result.disks);
-  List l = read_list("out/DISK1/DISKLIST.LST");
-  EXPECT_EQ(1, l.header.packed);
-  EXPECT_EQ(0, l.header.reserved0 | l.header.reserved84 | l.header.reserved88);
-  EXPECT_EQ(std::string("KORVEX 5") + std::string(74, '\0'), l.raw.substr(2, 82)) << "title, then zeros";
-  expect_medium("out/DISK1", want, {{"A.KORV", digest("DISK: 1\r\n")}});
-
-  // The same tree, its files made in the other order, gives the same medium byte for byte.
-  put_tree("src2/", std::vector<Want>(want.rbegin(), want.rend()));
-  o.source = "src2", o.output = "out2";
-  ASSERT_EQ(1, medium_make(&o, &result)) << result.message;
-  EXPECT_EQ(files_below("out"), files_below("out2"));
-}
-
-TEST(MediumMake, FlatMediaTakeTheFirstFreeStoredName) {
-  const std::vector<Want> plain = {
-      {"X.DAT", "X.DAT", "DOC", noise(700, 3), ""},
-      {"X.DAT", "X.DA_", "LIB", noise(900, 4), ""},
-      {"README.TXT", "README.TX_", ".", "not the medium's own", ""},
-      {"Čti.txt", "Cti.txt", ".", "c", ""},
-  };
-  // Packed: never an installed name of the list either.
-  const std::vector<Want> packed = {
-      {"A", "_", ".", "a", ""},        {"A.DAT", "A.D1_", ".", "ad", ""},      {"A.DA_", "A.D2_", ".", "ad_", ""},
-      {"B", "1_", ".", "b", ""},       {"Mäß.txt", "M__.tx_", ".", "m", ""}, {"Žába.txt", "Zaba.tx_", ".", "z", ""},
-  };
-  for (int16_t p = 0; p < 2; p++) {
-    ScratchDir dir;
-    NoBoxes quiet;
-    put_tree("src/", p ? packed : plain);
-    kxtest::write_bytes("medium-readme", "medium readme");
-    MediumOptions o = options(p, 1);
-    o.readme = "medium-readme";
-    o.title = "KORVEX 5.1 – zkušební";
-    MediumResult result;
-    ASSERT_EQ(1, medium_make(&o, &result)) << result.message;
-    List l = read_list("out/DISKLIST.LST");
-    EXPECT_EQ(p, l.header.packed);
-    EXPECT_STREQ("KORVEX 5.1 – zkušební", l.header.text);
-    expect_medium("out", p ? packed : plain,
-                  {{"A.KORV", digest("DISK: 1\r\n")}, {"README.TXT", digest("medium readme")}});
-  }
-}
-
 TEST(MediumSplit, ExactFitAndOneByteShort) {
   ScratchDir dir;
   NoBoxes quiet;
@@ -243,24 +116,6 @@ TEST(MediumSplit, ExactFitAndOneByteShort) {
                 kxtest::read_bytes("out/DISK" + std::to_string(d) + "/" + (char)('A' + d - 1) + ".KORV"))
           << "row " << r.n << " disk " << d;
   }
-}
-
-TEST(MediumSplit, TwentySixDisksAtMost) {
-  ScratchDir dir;
-  NoBoxes quiet;
-  // DISK1 holds the list only; every further disk holds one file.
-  for (int i = 0; i < 26; i++) put("src/F" + std::to_string(100 + i), noise(3000, (uint32_t)i));
-  MediumOptions o = options(0, 0);
-  o.cluster = 1;
-  o.capacity = 6000;   // the list and a file exceed it; two files and an identification file too
-  MediumResult result;
-  EXPECT_EQ(0, medium_make(&o, &result));
-  EXPECT_STREQ("the files need more than 26 disks", result.message);
-  fs::remove("src/F125");
-  ASSERT_EQ(1, medium_make(&o, &result)) << result.message;
-  EXPECT_EQ(26, result.disks);
-  EXPECT_EQ("DISK: 26\r\n", kxtest::read_bytes("out/DISK26/Z.KORV"));
-  EXPECT_EQ(25, read_list("out/DISK1/DISKLIST.LST").records.back().disk);
 }
 
 TEST(MediumRefusals, EveryRefusalWithItsMessage) {
@@ -323,105 +178,6 @@ TEST(MediumRefusals, EveryRefusalWithItsMessage) {
   }
 }
 
-// A tree of `fake_files` empty files that exist only in the lister: 40,000 in the target
-// directory, the rest in DOC.
-uint32_t fake_files;
-
-int16_t fake_scan(const char *directory, MediumScanEntry entry, void *context) {
-  bool doc = strstr(directory, "DOC") != nullptr;
-  if (!doc && !entry(context, "DOC", MEDIUM_DIRECTORY, 0)) return -1;
-  for (uint32_t i = doc ? 40000 : 0; i < (doc ? fake_files : 40000); i++)
-    if (!entry(context, std::to_string(i).c_str(), MEDIUM_FILE, 0)) return -1;
-  return 1;
-}
-
-TEST(MediumRefusals, AtMost65535Files) {
-  ScratchDir dir;
-  NoBoxes quiet;
-  fs::create_directories("src");
-  struct Lister {
-    Lister() { medium_scan = fake_scan; }
-    ~Lister() { medium_scan = medium_plat_scan; }   // also when an assertion returns early
-  } lister;
-  MediumOptions o = options(0, 0);
-  o.cluster = 1;
-  MediumResult result;
-  fake_files = 65536;
-  EXPECT_EQ(0, medium_make(&o, &result));
-  EXPECT_STREQ("the tree holds more than 65535 files", result.message);
-  // 65,535 files pass; the list of 92 + 65,535 * 140 bytes and A.KORV then overflow the disk.
-  fake_files = 65535;
-  EXPECT_EQ(0, medium_make(&o, &result));
-  EXPECT_STREQ("the first disk cannot hold DISKLIST.LST, README.TXT, SETUP.EXE and A.KORV (9175001 bytes) within "
-               "1457664 bytes", result.message);
-}
-
-// A DISKLIST.LST: the header with count, the first `records` of two records, extra bytes.
-std::string hand_list(uint16_t count, int records, size_t extra) {
-  ListHeader h = {7, "Zkouš\x01", 257, count, 2, 1};
-  ListRecord r[2] = {{"KORV5.EXE", "KORV5.EX_", ".", 300000, 0, "Hlavní program"},
-                     {"ABCDEFGHIJKLMNOP", "A\"B", "D\x01R", 0, 0xFFFF, "x\x81y"}};
-  std::string s(ILST_HEADER_SIZE + 2 * ILST_RECORD_SIZE, '\0');
-  ilst_encode_header(&h, (unsigned char *)&s[0]);
-  for (int i = 0; i < 2; i++) ilst_encode_record(&r[i], (unsigned char *)&s[ILST_HEADER_SIZE + ILST_RECORD_SIZE * i]);
-  return s.substr(0, ILST_HEADER_SIZE + ILST_RECORD_SIZE * records) + std::string(extra, 'z');
-}
-
-const char kListed[] =
-    "header\n"
-    "  reserved0   7\n"
-    "  text        \"Zkou\xC5\xA1\\x01\"\n"
-    "  reserved84  257\n"
-    "  count       2\n"
-    "  reserved88  2\n"
-    "  packed      1\n"
-    "record 1\n"
-    "  name        \"KORV5.EXE\"\n"
-    "  stored      \"KORV5.EX_\"\n"
-    "  directory   \".\"\n"
-    "  size        300000\n"
-    "  disk        1 (raw 0)\n"
-    "  description \"Hlavn\xC3\xAD program\"\n"
-    "record 2\n"
-    "  name        \"ABCDEFGHIJKLMNOP\"\n"
-    "  stored      \"A\\x22B\"\n"
-    "  directory   \"D\\x01R\"\n"
-    "  size        0\n"
-    "  disk        65536 (raw 65535)\n"
-    "  description \"x\\x81y\"\n";
-
-std::string listed(const char *path, Flag want, const std::string &message) {
-  FILE *f = fopen("listed.txt", "wb");
-  EXPECT_NE(nullptr, f);
-  if (!f) return "";
-  char got[MEDIUM_MESSAGE_SIZE];
-  memset(got, 'x', sizeof got);
-  EXPECT_EQ(want, medium_list(path, f, got, sizeof got)) << path;
-  EXPECT_EQ(message, got) << path;
-  fclose(f);
-  return kxtest::read_bytes("listed.txt");
-}
-
-TEST(MediumList, PrintsHeaderAndRecordsReadably) {
-  ScratchDir dir;
-  NoBoxes quiet;
-  kxtest::write_bytes("exact.lst", hand_list(2, 2, 0));
-  kxtest::write_bytes("extra.lst", hand_list(2, 2, 10));
-  kxtest::write_bytes("short.lst", hand_list(3, 2, 10));
-  kxtest::write_bytes("tiny.lst", hand_list(2, 0, 0).substr(0, 91));
-  fs::create_directories("medium/DISK1");
-  kxtest::write_bytes("medium/DISK1/DISKLIST.LST", hand_list(2, 2, 0));
-  fs::create_directories("empty");
-  EXPECT_EQ(kListed, listed("exact.lst", 1, ""));
-  EXPECT_EQ(std::string(kListed) + "10 bytes follow the last record\n", listed("extra.lst", 1, ""));
-  std::string three = kListed;
-  three.replace(three.find("count       2"), 13, "count       3");
-  EXPECT_EQ(three, listed("short.lst", 0, "short.lst: the header counts 3 records, the file holds 2"));
-  EXPECT_EQ("", listed("tiny.lst", 0, "tiny.lst: 91 bytes, shorter than a list header"));
-  EXPECT_EQ(kListed, listed("medium", 1, "")) << "a medium directory is listed from DISK1";
-  EXPECT_EQ("", listed("empty", 0, "empty: no DISKLIST.LST"));
-}
-
 TEST(MediumText, Utf8AndWindows1250) {
   struct Row { int n; std::string utf8; size_t size; int16_t result; std::string cp1250; uint32_t code; } rows[] = {
       {1, "P\xC5\x99\xC3\xADli\xC5\xA1 \xC5\xBElu\xC5\xA5ou\xC4\x8Dk\xC3\xBD k\xC5\xAF\xC5\x88", 64, MEDIUM_TEXT_OK,
@@ -454,59 +210,6 @@ TEST(MediumText, Utf8AndWindows1250) {
   char upper[40];
   EXPECT_EQ(1, medium_upper("žluťoučký kůň łąľż ß÷ şa", upper, sizeof upper));
   EXPECT_STREQ("ŽLUŤOUČKÝ KŮŇ ŁĄĽŻ ß÷ ŞA", upper);
-}
-
-// ---- The tool as a process --------------------------------------------------------------------
-
-struct ToolRun { int code; std::string out, err; };
-
-ToolRun run_tool(const std::string &args) {
-#ifdef KX_WIN32
-  char self[MAX_PATH];
-  GetModuleFileNameA(nullptr, self, MAX_PATH);
-  fs::path tool = fs::path(self).parent_path().parent_path() / "tools" / "mkmedium.exe";
-#else
-  fs::path tool = fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" / "mkmedium";
-#endif
-  int code = system(("\"" + tool.string() + "\" " + args + " >tool.out 2>tool.err").c_str());
-#ifndef KX_WIN32
-  code = WIFEXITED(code) ? WEXITSTATUS(code) : -1;
-#endif
-  return {code, kxtest::read_bytes("tool.out"), kxtest::read_bytes("tool.err")};
-}
-
-TEST(MediumTool, RunsAsAProcess) {
-  ScratchDir dir;
-  NoBoxes quiet;
-  put("src/KORV5.EXE", noise(3000, 11));
-  put("src/DOC/NAVOD.HTM", std::string(4000, 'n'));
-  kxtest::write_bytes("desc.txt", "KORV5.EXE\t" + utf8("Hlavní program") + "\n");
-  struct Row { int n; const char *args; int code; std::string out_start, err; } rows[] = {
-      {1, "--help", 0, "usage: mkmedium [options] SOURCE OUTPUT\n", ""},
-      {2, "--descriptions desc.txt --setup desc.txt --capacity 4000 src out", 0,
-       "mkmedium: 2 files on 2 disk(s) in out (packed)\n", ""},
-      {3, "--plain --flat src flat", 0, "mkmedium: 2 files in flat (flat, plain)\n", ""},
-      {4, "src out", 1, "", "mkmedium: the output directory out is not empty\n"},
-      {5, "--bogus", 2, "", "mkmedium: unknown option --bogus (see mkmedium --help)\n"},
-      {6, "--level 12 src x", 2, "", "mkmedium: --level wants a number from -1 to 9 (see mkmedium --help)\n"},
-      {7, "--list nowhere", 1, "", "mkmedium: nowhere: no DISKLIST.LST\n"},
-  };
-  for (const Row &r : rows) {
-    ToolRun got = run_tool(r.args);
-    EXPECT_EQ(r.code, got.code) << "row " << r.n << ": " << got.err;
-    EXPECT_EQ(r.out_start, got.out.substr(0, r.out_start.empty() ? std::string::npos : r.out_start.size()))
-        << "row " << r.n;
-    EXPECT_EQ(r.err, got.err) << "row " << r.n;
-  }
-  // The tool's --list prints what the module prints, and the medium it made reads back.
-  ToolRun list = run_tool("--list out");
-  EXPECT_EQ(0, list.code) << list.err;
-  EXPECT_EQ(listed("out", 1, ""), list.out);
-  EXPECT_NE(std::string::npos, list.out.find("disk        2 (raw 1)\n  description \"Hlavn\xC3\xAD program\""))
-      << list.out;
-  EXPECT_EQ(noise(3000, 11), inflated("out/DISK2/KORV5.EX_"));
-  EXPECT_EQ(kxtest::read_bytes("desc.txt"), kxtest::read_bytes("out/DISK1/SETUP.EXE"));
-  EXPECT_EQ(std::string(4000, 'n'), kxtest::read_bytes("flat/NAVOD.HTM"));
 }
 
 }  // namespace

@@ -112,24 +112,4 @@ TEST(Ssc, StripLeadingZerosAndStringsEqual) {
     EXPECT_EQ(pairs[i].eq, StringsEqual(pairs[i].a, pairs[i].b)) << "row " << i + 1;
 }
 
-TEST(Ssc, NullArguments) {
-  char line[8] = "a b", word[8];
-  kxtest::BoxRecorder boxes;
-  const int got[] = {
-      /* 1 */ SplitFirstWord(nullptr, word, 8),  /* 2 */ SplitFirstWord(line, nullptr, 8),
-      /* 3 */ SplitFirstWord(line, word, 0),     /* 4 */ CleanListLine(nullptr),
-      /* 5 */ RemoveChar(nullptr, 'a'),          /* 6 */ ExtractDelimited(nullptr, word, '|', 8),
-      /* 7 */ ExtractDelimited(line, nullptr, '|', 8), /* 8 */ ExtractDelimited(line, word, '|', 0),
-      /* 9 */ StringsEqual(nullptr, line),       /* 10 */ StringsEqual(line, nullptr),
-      /* 11 */ StripLeadingZeros(nullptr),
-  };
-  for (size_t i = 0; i < KX_COUNT(got); i++) EXPECT_EQ(0, got[i]) << "row " << i + 1;
-  ASSERT_EQ(KX_COUNT(got), boxes.count()) << boxes.dump();
-  for (const kxtest::Box &box : boxes.boxes()) EXPECT_GT(kxtest::internal_error_line(box, "ssc"), 0) << box.text;
-  EXPECT_STREQ("a b", line);
-  boxes.clear();
-  EXPECT_EQ(0, ReplaceChar(nullptr, 'a', 'b'));  // the one guard without a report
-  EXPECT_EQ(0u, boxes.count()) << boxes.dump();
-}
-
 }  // namespace

@@ -1,4 +1,4 @@
-// Enumeration names: every name of every table, the reading rules and the fallbacks.
+// Enumeration names: every name of every table read back, and the fallbacks.
 #include "store/ets.h"
 
 #include "tests/support/kxtest.h"
@@ -109,21 +109,6 @@ TEST(Ets, EveryNameRoundTripsAndStoredTextsRead) {
   }
   EXPECT_EQ(0u, boxes.count()) << boxes.dump();
   EXPECT_EQ(0, ets_count(nullptr));
-}
-
-TEST(Ets, KeyNamesAreThoseOfTheTableWordForWord) {
-  // The golden file holds one "code name" line per key, written down from the key table.
-  std::ifstream in(store_golden_file("KEYNAMES.TXT"), std::ios::binary);
-  std::string line;
-  int code = 0;
-  for (; std::getline(in, line); code++) {
-    ASSERT_EQ(std::to_string(code) + " ", line.substr(0, line.find(' ') + 1)) << "golden line";
-    std::string name = line.substr(line.find(' ') + 1);
-    EXPECT_EQ(name, ets_key.write((int16_t)code)) << "key " << code;
-    EXPECT_EQ(code, ets_key.read(name.c_str())) << "key " << code;
-  }
-  EXPECT_EQ(ETS_KEY_CODES, code) << store_golden_file("KEYNAMES.TXT");
-  EXPECT_EQ(ETS_KEY_CODES, ets_count(&ets_key));
 }
 
 TEST(Ets, BadValuesAndNullTextsGiveTheFallbackWithAReport) {

@@ -155,16 +155,3 @@ TEST(Ifl, ValuesReadBadValuesRewrittenUnknownWordsKept) {
   EXPECT_EQ("Ano", stored(store, "CO_common", "rename_noname_at_save_design"));
   EXPECT_EQ(211 + 1, entry_count(store));
 }
-
-TEST(Ifl, NullRecordAndFinish) {
-  kxtest::BoxRecorder boxes;
-  EXPECT_EQ(0, load_options(nullptr));
-  ASSERT_EQ(1u, boxes.count()) << boxes.dump();
-  EXPECT_GT(kxtest::internal_error_line(boxes.only(), "ifl"), 0);
-  OptionsRecord record, before;
-  copy_record(&record, &ifl_defaults);
-  record.save_timeout = 12;
-  copy_record(&before, &record);
-  EXPECT_EQ(1, finish_options(&record));
-  EXPECT_EQ(0, memcmp(&before, &record, sizeof record));
-}
