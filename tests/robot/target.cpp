@@ -7,7 +7,7 @@
 // for 107), 103 check box, 104 error box, 105 question (a dialog of its own titled "Dotaz" with
 // two text lines and &Ano/&Ne/&Storno; the answer goes to the status line), 106 a long job that
 // pumps messages and asks for a disk half way, 107 ends with the code in 102, 108 status line,
-// 109 a disabled button, 110 an error box a moment later (from a timer).
+// 109 a disabled button.
 #include <windows.h>
 #include <shellapi.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 enum {
   ITEM_PATH = 101, ITEM_CODE, ITEM_CHECK, ITEM_ERROR, ITEM_QUESTION, ITEM_JOB, ITEM_END,
-  ITEM_STATUS, ITEM_OFF, ITEM_LATER
+  ITEM_STATUS, ITEM_OFF
 };
 
 const char kTitle[] = "Zkouška robota – příliš žluťoučký kůň";
@@ -172,10 +172,6 @@ INT_PTR CALLBACK main_proc(HWND dlg, UINT msg, WPARAM wp, LPARAM) {
     case WM_INITDIALOG:
       show_arguments(dlg);
       return TRUE;  // the focus goes to the first field
-    case WM_TIMER:
-      KillTimer(dlg, wp);
-      error_box(dlg, "Pozdní chyba");
-      return TRUE;
     case WM_COMMAND:
       break;
     default:
@@ -203,9 +199,6 @@ INT_PTR CALLBACK main_proc(HWND dlg, UINT msg, WPARAM wp, LPARAM) {
     case ITEM_JOB:
       long_job(dlg);
       return TRUE;
-    case ITEM_LATER:
-      SetTimer(dlg, 1, 200, nullptr);
-      return TRUE;
     case ITEM_END: {
       BOOL ok = FALSE;
       UINT code = GetDlgItemInt(dlg, ITEM_CODE, &ok, FALSE);
@@ -223,7 +216,7 @@ INT_PTR CALLBACK main_proc(HWND dlg, UINT msg, WPARAM wp, LPARAM) {
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int) {
   static Template t;
-  begin(&t, kTitle, 10, 260, 120);
+  begin(&t, kTitle, 9, 260, 120);
   item(&t, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP, 10, 10, 150, 12, ITEM_PATH, EDIT, "");
   item(&t, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP, 10, 28, 150, 12, ITEM_CODE, EDIT, "");
   item(&t, BS_AUTOCHECKBOX | WS_TABSTOP, 10, 46, 150, 12, ITEM_CHECK, BUTTON, "&Ikona na ploše");
@@ -232,7 +225,6 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int) {
   item(&t, BS_PUSHBUTTON | WS_TABSTOP, 170, 46, 80, 14, ITEM_JOB, BUTTON, "&Instalace");
   item(&t, BS_PUSHBUTTON | WS_TABSTOP, 170, 64, 80, 14, ITEM_END, BUTTON, "&Konec");
   item(&t, BS_PUSHBUTTON | WS_TABSTOP | WS_DISABLED, 170, 82, 80, 14, ITEM_OFF, BUTTON, "&Nedostupné");
-  item(&t, BS_PUSHBUTTON | WS_TABSTOP, 10, 82, 80, 14, ITEM_LATER, BUTTON, "&Později");
   item(&t, SS_LEFT, 10, 102, 240, 10, ITEM_STATUS, STATIC, "");
   return (int)DialogBoxIndirectParamW(instance, (DLGTEMPLATE *)t.words, nullptr, main_proc, 0);
 }
