@@ -50,6 +50,7 @@ std::vector<std::string> class_keys(const char *d, const char *s, const char *l)
   return keys;
 }
 
+#ifndef KX_WIN32
 struct Link {
   bool ok;
   std::string target, description, directory;
@@ -60,6 +61,7 @@ Link read_link(const std::string &path) {
   bool ok = shl_read_link(path.c_str(), target, description, directory) == 1;
   return {ok, target, description, directory};
 }
+#endif
 
 class ShellSteps : public InstallTest {
  protected:

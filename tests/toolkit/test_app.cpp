@@ -1,5 +1,5 @@
 // The application shell: app_run with a modeless main dialog from the factory, the ways the loop
-// ends, the pre-translation hook, the status sink and app_pump.
+// ends and the status sink.
 #include "tests/toolkit/tk_dialogs.h"
 #include "tests/toolkit/tk_watch.h"
 
@@ -23,8 +23,6 @@ Flag factory(void *parent, Dialog **out, int16_t type) {
   *out = main_dialog;
   return 1;
 }
-
-Flag refusing_factory(void *, Dialog **out, int16_t) { return *out = nullptr, 0; }
 
 // Runs the application with dialog as its main dialog, act running on it once it is on the
 // screen (from inside the loop); afterwards nothing of it is left.
@@ -74,17 +72,6 @@ TEST(AppRun, WaysTheLoopEnds) {
   }
 }
 
-TEST(AppRun, FailuresBeforeTheLoopGiveZeroAndNoWindow) {
-  for (AppWindowFactory f : {(AppWindowFactory) nullptr, refusing_factory}) {
-    SCOPED_TRACE(testing::Message() << "factory " << (void *)f);
-    app_set_window_factory(f, 100);
-    EXPECT_EQ(0, app_run(GetModuleHandleA(nullptr), SW_SHOWNORMAL));
-    EXPECT_EQ(nullptr, tk::find_dialog(""));
-    EXPECT_EQ(nullptr, application);
-  }
-  app_set_window_factory(nullptr, 0);
-}
-
 std::string status_seen;
 void *status_context_seen;
 
@@ -105,36 +92,5 @@ TEST(AppRun, StatusTextReachesTheProgramsSinkOnlyWhileRunning) {
 }
 
 std::vector<UINT> pre_translated;
-
-TEST(AppRun, PreTranslationHookMayTakeAMessage) {
-  pre_translated.clear();
-  app_set_pre_translate([](void *message) -> Flag {
-    const MSG *m = (const MSG *)message;
-    pre_translated.push_back(m->message);
-    return m->message == WM_KEYDOWN && m->wParam == 'Q';
-  });
-  HWND plain = nullptr;
-  std::string typed = "(nic)";
-  tk::TestDialog d;
-  d.handler = [&](tk::TestDialog *self, unsigned message, uintptr_t wparam, intptr_t) -> Flag {
-    if (message != WM_COMMAND || LOWORD(wparam) != tk::BUTTON_ITEM) return 0;
-    typed = tk::text_1250(plain);
-    return dialog_end(self, 6), 1;
-  };
-  EXPECT_EQ(6, run_with(&d, [&](HWND w) {
-              // A window that is no dialog's child goes past IsDialogMessageA to the hook.
-              plain = CreateWindowA("EDIT", "", WS_POPUP, 0, 0, 50, 20, nullptr, nullptr, nullptr, nullptr);
-              PostMessageA(plain, WM_KEYDOWN, 'Q', 1);  // taken: no character comes of it
-              PostMessageA(plain, WM_CHAR, 'x', 1);
-              PostMessageA(w, WM_COMMAND, tk::BUTTON_ITEM, 0);
-            }));
-  app_set_pre_translate(nullptr);
-  EXPECT_EQ("x", typed);
-  size_t keydown = 0, chars = 0;
-  for (UINT m : pre_translated) keydown += m == WM_KEYDOWN, chars += m == WM_CHAR;
-  EXPECT_EQ(1u, keydown);
-  EXPECT_EQ(1u, chars);
-  DestroyWindow(plain);
-}
 
 }  // namespace

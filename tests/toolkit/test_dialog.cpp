@@ -1,5 +1,5 @@
-// The dialog engine: placement, the shared procedure's routing, the registry of running dialogs,
-// the control table and the item helpers, on real dialogs of this thread.
+// The dialog engine: placement, the shared procedure's routing, and the item helpers, on real
+// dialogs of this thread.
 #include "tests/toolkit/tk_dialogs.h"
 #include "tests/toolkit/tk_watch.h"
 
@@ -18,13 +18,6 @@ int modal_slots_used() {
   int n = 0;
   for (Dialog *slot : app_current()->modal) n += slot != nullptr;
   return n;
-}
-
-// Exactly one internal error box from module "dialog".
-void expect_one_internal_error(kxtest::BoxRecorder &boxes) {
-  ASSERT_EQ(1u, boxes.count()) << boxes.dump();
-  EXPECT_GT(kxtest::internal_error_line(boxes.only(), "dialog"), 0);
-  boxes.clear();
 }
 
 void post(Dialog *d, WPARAM command) { PostMessageA((HWND)d->window, WM_COMMAND, command, 0); }
@@ -83,43 +76,6 @@ TEST(DialogPlace, Table) {
 }
 
 // ---- Placement of real dialogs ---------------------------------------------------------------
-
-// The work area, the window's size and the parent's client origin reach the placement.
-// 0: far outside on the left and top: pulled in; 1: larger than the work area: ends at its right
-// and bottom; 2: a child, at 10, 20 in its parent's client area.
-TEST(DialogPlacement, RealDialogsInTheWorkAreaAndInTheirParent) {
-  RECT w, r;
-  SystemParametersInfoA(SPI_GETWORKAREA, 0, &w, 0);
-  HWND parent = CreateWindowA("STATIC", "rodič", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 120, 90, 500, 400, nullptr,
-                              nullptr, nullptr, nullptr);
-  for (int row = 0; row < 3; row++) {
-    SCOPED_TRACE(testing::Message() << "row " << row);
-    tk::Template t("Mimo", row == 1 ? 2000 : 100, row == 1 ? 1500 : 60,
-                   row == 2 ? DS_CONTROL | WS_CHILD | WS_VISIBLE : WS_POPUP | WS_CAPTION);
-    tk::TestDialog d;
-    d.explicit_position = row < 2;
-    d.parent_relative = row == 2;
-    d.parent = row == 2 ? parent : nullptr;
-    d.position_x = row == 2 ? 10 : row ? 0 : -5000;
-    d.position_y = row == 2 ? 20 : row ? 0 : -5000;
-    ASSERT_EQ(1, dialog_open(&d, t.bytes()));
-    app_pump();  // on_placed: the window's corner and size as placed
-    GetWindowRect((HWND)d.window, &r);
-    POINT corner = {r.left, r.top};
-    if (row == 2) ScreenToClient(parent, &corner);
-    EXPECT_EQ(row == 2 ? parent : nullptr, GetParent((HWND)d.window));
-    EXPECT_TRUE(row != 1 || r.right - r.left > w.right - w.left) << "the dialog is not larger than the screen";
-    const LONG want[3][2] = {{w.left, w.top}, {w.right - (r.right - r.left), w.bottom - (r.bottom - r.top)}, {10, 20}};
-    EXPECT_EQ(want[row][0], corner.x);
-    EXPECT_EQ(want[row][1], corner.y);
-    EXPECT_EQ(r.left, d.current_x);
-    EXPECT_EQ(r.top, d.current_y);
-    EXPECT_EQ(r.right - r.left, d.window_width);
-    dialog_end(&d, 0);
-    EXPECT_EQ(nullptr, app_current()->modeless);
-  }
-  DestroyWindow(parent);
-}
 
 // ---- Running and ending ----------------------------------------------------------------------
 
@@ -235,185 +191,11 @@ TEST(DialogRun, MessageRoutingTable) {
   DestroyWindow(foreign);
 }
 
-// 30 modal dialogs nested in each other; the 31st is refused.
-TEST(DialogRun, ThirtyNestedModalDialogs) {
-  kxtest::BoxRecorder boxes;
-  tk::Template t("Vnořený");
-  tk::TestDialog levels[DIALOG_MODAL_MAX + 1];
-  int32_t results[DIALOG_MODAL_MAX + 1];
-  int full_slots = -1;
-  for (int i = 0; i <= DIALOG_MODAL_MAX; i++) {
-    results[i] = -1;
-    levels[i].placed = [&, i](tk::TestDialog *self) {
-      if (i + 1 == DIALOG_MODAL_MAX) full_slots = modal_slots_used();
-      if (i + 1 <= DIALOG_MODAL_MAX) results[i + 1] = dialog_run(&levels[i + 1], t.bytes());
-      dialog_end(self, 100 + i);
-    };
-  }
-  results[0] = dialog_run(&levels[0], t.bytes());
-  EXPECT_EQ(DIALOG_MODAL_MAX, full_slots);
-  for (int i = 0; i < DIALOG_MODAL_MAX; i++) EXPECT_EQ(100 + i, results[i]) << "level " << i;
-  EXPECT_EQ(0, results[DIALOG_MODAL_MAX]) << "the 31st ran";
-  EXPECT_EQ(0, levels[DIALOG_MODAL_MAX].init_calls);
-  expect_one_internal_error(boxes);
-  EXPECT_EQ(0, modal_slots_used());
-}
-
-TEST(DialogRun, CloseDialogsEndsEveryRunningDialogWithThree) {
-  tk::Template t("Zavřít vše");
-  tk::TestDialog outer, inner, modeless;
-  int32_t inner_code = -1;
-  outer.placed = [&](tk::TestDialog *) { inner_code = dialog_run(&inner, t.bytes()); };
-  inner.placed = [&](tk::TestDialog *) {
-    ASSERT_EQ(1, dialog_open(&modeless, t.bytes()));
-    EXPECT_EQ(1, app_close_dialogs());
-  };
-  EXPECT_EQ(3, dialog_run(&outer, t.bytes()));
-  EXPECT_EQ(3, inner_code);
-  EXPECT_EQ(nullptr, app_current()->modeless);
-  EXPECT_EQ(nullptr, modeless.window);
-}
-
-TEST(DialogRun, TemplatesByNumberMissingAndRefused) {
-  kxtest::BoxRecorder boxes;
-  tk::Template t("Podle čísla");
-  ASSERT_EQ(1, dres_register(4711, t.tpl, 0));
-  tk::TestDialog d, missing, refused;
-  d.template_number = 4711;
-  d.placed = [](tk::TestDialog *self) { dialog_end(self, 12); };
-  EXPECT_EQ(12, dialog_run(&d, nullptr));
-  missing.template_number = 4712;
-  EXPECT_EQ(0, dialog_run(&missing, nullptr));
-  missing.template_number = 4711;  // registered for modal only
-  EXPECT_EQ(0, dialog_open(&missing, nullptr));
-  EXPECT_EQ(0u, boxes.count()) << boxes.dump();
-  EXPECT_EQ(nullptr, app_current()->modeless);
-  // A dialog of a class nobody registered: the platform refuses it, 3 and an internal error.
-  std::vector<uint16_t> w = {0x0000, 0x80C8, 0, 0, 0, 0, 0, 100, 50, 0};
-  for (const char *c = "KxNoSuchClass"; *c; c++) w.push_back((uint16_t)*c);
-  w.insert(w.end(), {0, 0, 0});  // class end, no title, no font
-  EXPECT_EQ(3, dialog_run(&refused, w.data()));
-  expect_one_internal_error(boxes);
-  EXPECT_EQ(0, modal_slots_used());
-}
-
 // ---- Modeless --------------------------------------------------------------------------------
-
-TEST(DialogModeless, OneAtATimeAndTheTraceLine) {
-  kxtest::ScratchDir dir;
-  std::string trace = dir.file("trace.txt");
-  _putenv(("KX_TRACE=" + trace).c_str());
-  kxtest::BoxRecorder boxes;
-  tk::Template t("Nemodální");
-  tk::TestDialog first, second;
-  ASSERT_EQ(1, dialog_open(&first, t.bytes()));
-  EXPECT_EQ(&first, app_current()->modeless);
-  EXPECT_EQ(1, first.init_calls);
-  EXPECT_EQ(0, dialog_open(&second, t.bytes()));
-  expect_one_internal_error(boxes);
-  EXPECT_EQ(nullptr, second.window);
-  EXPECT_EQ(&first, app_current()->modeless);
-  dialog_procedure(first.window, WM_USER + 33, 0, 0);
-  HWND w = (HWND)first.window;
-  dialog_end(&first, 0);
-  EXPECT_FALSE(IsWindow(w));
-  EXPECT_EQ(nullptr, app_current()->modeless);
-  ASSERT_EQ(1, dialog_open(&second, t.bytes()));
-  dialog_end(&second, 2);
-  EXPECT_EQ(1, second.cancelled);
-  _putenv("KX_TRACE=");
-
-  char line[64];
-  snprintf(line, sizeof line, "Modeless adresa hWnd: 0x%010lX", (unsigned long)(uintptr_t)w);
-  std::string text = kxtest::read_bytes(trace);
-  EXPECT_NE(std::string::npos, text.find(line)) << "no '" << line << "' in:\n" << text.substr(0, 400);
-  EXPECT_NE(std::string::npos, text.find("DIALOG - WM_USER"));
-}
-
-TEST(DialogModeless, OkWhileAModelessDialogExistsAsksItToo) {
-  tk::Template t("OK s nemodálním");
-  const struct {
-    Flag modal_ok, modeless_ok;
-    int32_t code;
-  } rows[] = {
-      /* 0 */ {1, 0, 1},
-      /* 1 */ {0, 1, 1},  // the modeless dialog's on_ok ends the modal one
-      /* 2 */ {0, 0, 2},  // nobody accepts: ended by the Cancel after it
-  };
-  for (size_t i = 0; i < KX_COUNT(rows); i++) {
-    SCOPED_TRACE(testing::Message() << "row " << i);
-    tk::TestDialog modeless, modal;
-    modeless.ok_result = rows[i].modeless_ok;
-    modal.ok_result = rows[i].modal_ok;
-    ASSERT_EQ(1, dialog_open(&modeless, t.bytes()));
-    modal.placed = [](tk::TestDialog *self) { post(self, IDOK), post(self, IDCANCEL); };
-    EXPECT_EQ(rows[i].code, dialog_run(&modal, t.bytes()));
-    int ok_messages = 0;
-    for (const tk::Msg &m : modal.messages) ok_messages += m.message == WM_COMMAND && m.wparam == IDOK;
-    EXPECT_EQ(2, ok_messages) << "on_message is asked twice for OK";
-    EXPECT_EQ(1, modal.ok_calls);
-    EXPECT_EQ(1, modeless.ok_calls);
-    EXPECT_TRUE(IsWindow((HWND)modeless.window));
-    dialog_end(&modeless, 0);
-  }
-}
 
 // ---- The pump --------------------------------------------------------------------------------
 
-TEST(AppPump, QuitIsPostedAgainWithTheSameCode) {
-  MSG m;
-  while (PeekMessageA(&m, nullptr, 0, 0, PM_REMOVE)) {
-  }
-  EXPECT_EQ(0, app_pump()) << "nothing was waiting";
-  for (int code : {0, 7, -1, 65536}) {
-    PostQuitMessage(code);
-    EXPECT_EQ(1, app_pump());
-    ASSERT_TRUE(PeekMessageA(&m, nullptr, 0, 0, PM_REMOVE)) << "code " << code;
-    EXPECT_EQ((UINT)WM_QUIT, m.message);
-    EXPECT_EQ(code, (int)m.wParam);
-  }
-}
-
-TEST(AppPump, KeyboardMessageForAModalDialogIsDispatchedToo) {
-  tk::Template t("Pumpa");
-  tk::TestDialog d;
-  std::string typed;
-  Flag pumped = -1;
-  d.placed = [&](tk::TestDialog *self) {
-    HWND edit = GetDlgItem((HWND)self->window, tk::EDIT_ITEM);
-    PostMessageA(edit, WM_CHAR, 'x', 1);
-    pumped = app_pump();
-    typed = tk::text_1250(edit);
-    dialog_end(self, 1);
-  };
-  EXPECT_EQ(1, dialog_run(&d, t.bytes()));
-  EXPECT_EQ(1, pumped);
-  EXPECT_EQ("xx", typed) << "once through IsDialogMessageA, once more through DispatchMessageA";
-}
-
 // ---- Control table ---------------------------------------------------------------------------
-
-TEST(DialogControls, NinetyNineFitTheHundredthIsRefused) {
-  kxtest::BoxRecorder boxes;
-  tk::TestDialog d;
-  static Control controls[DIALOG_CONTROLS_MAX + 1];
-  for (int i = 0; i < DIALOG_CONTROLS_MAX; i++) {
-    controls[i].item = 1000 + i;
-    ASSERT_EQ(1, dialog_add_control(&d, &controls[i])) << "control " << i;
-  }
-  EXPECT_EQ(0u, boxes.count());
-  EXPECT_EQ(0, dialog_add_control(&d, &controls[DIALOG_CONTROLS_MAX]));
-  EXPECT_EQ(DIALOG_CONTROLS_MAX, d.control_count);
-  expect_one_internal_error(boxes);
-  EXPECT_EQ(&controls[0], dialog_find_control(&d, 1000));
-  EXPECT_EQ(&controls[98], dialog_find_control(&d, 1098));
-  EXPECT_EQ(nullptr, dialog_find_control(&d, 1099));
-  EXPECT_EQ(0u, boxes.count());
-  controls[5].kind = 2;  // not a control of this table's kind
-  EXPECT_EQ(nullptr, dialog_find_control(&d, 1005));
-  expect_one_internal_error(boxes);
-  controls[5].kind = 1;
-}
 
 TEST(DialogControls, ItemHelpersAndTitlesInCodePage1250) {
   tk::Template t("Pomocníci");

@@ -1,6 +1,5 @@
 // The question, notice and message dialogs, shown for real and answered through the thread's
-// message loop as a user would: a button click, Esc, the close box, Enter. (The robot's
-// toolkit script answers them by button from outside once more.)
+// message loop as a user would: a button click, Esc, the close box, Enter.
 #include "tests/toolkit/tk_watch.h"
 
 #include "common/we.h"
@@ -16,11 +15,6 @@ namespace {
 const int installed = (questions_install(), 0);
 
 using Texts = std::vector<std::string>;
-
-HWND top_window(const char *title, int x) {
-  return CreateWindowA("STATIC", title, WS_OVERLAPPEDWINDOW | WS_VISIBLE, x, 10, 200, 100, nullptr,
-                       nullptr, nullptr, nullptr);
-}
 
 enum Action { ESC, CLOSE, ENTER };
 
@@ -95,69 +89,6 @@ TEST(QuestionDialog, BodyIsSizedToTheText) {
   EXPECT_TRUE(watch.fired);
 }
 
-TEST(QuestionDialog, OwnerIsTheGivenWindowOrTheMainWindow) {
-  HWND main = top_window("hlavni", 10), other = top_window("jine", 250);
-  WeMainWindow mw = {main, nullptr, nullptr};
-  we_set_main_window(&mw);
-  for (int row = 0; row < 3; row++) {
-    if (row == 2) we_set_main_window(nullptr);
-    tk::Watch watch("Dotaz", tk::press(row == 1 ? "&Ne" : "&Ano"));
-    EXPECT_EQ(row == 1 ? 0 : 1, row == 0   ? QuestionBox("bez vlastníka")
-                                : row == 1 ? QuestionBoxCancelF(other, "s vlastníkem %d", 2)
-                                           : QuestionBoxAllF("bez hlavního okna %s", "x"));
-    EXPECT_EQ(row == 0 ? main : row == 1 ? other : nullptr, watch.seen.owner) << "row " << row;
-  }
-  EXPECT_TRUE(IsWindowEnabled(main) && IsWindowEnabled(other));
-  DestroyWindow(main);
-  DestroyWindow(other);
-}
-
-// The notice (the robot's script answers one) and ErrorDialogF (the hook test) aside: the
-// other message dialogs. Only the internal error's disables the thread's windows meanwhile,
-// and it enables every one afterwards, also one that was disabled before.
-TEST(MessageDialog, TitlesBodiesTheOneButtonAndTheThreadsWindows) {
-  const struct {
-    const char *title, *body;
-  } rows[] = {
-      /* 0 InfoBox */ {"Oznámení", "Vlož DISK3"},
-      /* 1 ErrorDialog */ {" Chyba ", "Nelze zapsat soubor C:\\KORV5\\INST.LST"},
-      /* 2 */ {" Chyba switch, informujte dodavatele ", "Chyba v souboru inst řádek 77"},
-      /* 3 */ {" Interní chyba, informujte dodavatele ", "Chyba v souboru zip_util řádek 104"},
-  };
-  for (int i = 0; i < 4; i++) {
-    SCOPED_TRACE(testing::Message() << "row " << i);
-    HWND disabled = top_window("zakazane", 10);
-    EnableWindow(disabled, FALSE);
-    bool disabled_meanwhile = false;
-    tk::Watch watch(rows[i].title, [&](HWND d) {
-      disabled_meanwhile = !IsWindowEnabled(disabled) && IsWindowEnabled(d);
-      tk::press("&O.K.")(d);
-    });
-    const char *b = rows[i].body;
-    Flag shown = i == 0 ? InfoBox(b) : i == 1 ? ErrorDialog(nullptr, b)
-                 : i == 2 ? SwitchErrorDialog(nullptr, "inst", 77) : InternalErrorDialog(nullptr, "zip_util", 104);
-    EXPECT_EQ(1, shown);
-    ASSERT_TRUE(watch.fired && !watch.timed_out);
-    EXPECT_EQ(Texts{"&O.K."}, watch.seen.buttons);
-    EXPECT_EQ(Texts{b}, watch.seen.statics);
-    EXPECT_TRUE(disabled_meanwhile);
-    EXPECT_EQ(i == 3, IsWindowEnabled(disabled) != 0);
-    DestroyWindow(disabled);
-  }
-}
-
-TEST(QuestionDialog, NullTextIsAnInternalErrorAndTheNegativeAnswer) {
-  kxtest::BoxRecorder boxes;
-  EXPECT_EQ(0, QuestionBox((const char *)nullptr));
-  EXPECT_EQ(0, QuestionBoxCancel((void *)nullptr, nullptr));
-  EXPECT_EQ(0, QuestionBoxAll((const char *)nullptr));
-  EXPECT_EQ(0, NoticeBox(nullptr));
-  EXPECT_EQ(0, ErrorDialog(nullptr, nullptr));
-  ASSERT_EQ(5u, boxes.count()) << boxes.dump();
-  for (const kxtest::Box &b : boxes.boxes()) EXPECT_GT(kxtest::internal_error_line(b, "we"), 0);
-  EXPECT_EQ(nullptr, tk::find_dialog(""));
-}
-
 // ---- Through the test hook: the raw codes a dialog may end with, and the formatting ------------
 
 int16_t hooked_kind, hook_code;
@@ -185,21 +116,6 @@ TEST(QuestionHook, RawCodesMapToAnswers) {
     EXPECT_EQ(r.all, QuestionBoxAll("a"));
     EXPECT_EQ(WE_DIALOG_QUESTION_ALL, hooked_kind);
     EXPECT_EQ("Dotaz", hooked_title);
-  }
-  we_set_dialog_hook(previous);
-}
-
-TEST(QuestionHook, FormattedTextIsCutAt199) {
-  WeDialogHook previous = we_set_dialog_hook(hook);
-  hook_code = 1;
-  for (size_t n : {198u, 199u, 200u, 201u, 1025u}) {
-    std::string long_text = kxtest::pattern_text(n);
-    EXPECT_EQ(1, QuestionBoxF("%s", long_text.c_str()));
-    EXPECT_EQ(long_text.substr(0, 199), hooked_text) << "n=" << n;
-    EXPECT_EQ(1, ErrorDialogF(nullptr, "%s", long_text.c_str()));
-    EXPECT_EQ(long_text.substr(0, 199), hooked_text) << "n=" << n;
-    EXPECT_EQ(WE_DIALOG_ERROR, hooked_kind);
-    EXPECT_EQ(" Chyba ", hooked_title);
   }
   we_set_dialog_hook(previous);
 }
