@@ -22,17 +22,13 @@ using Files = std::map<std::string, std::string>;   // relative path -> contents
 namespace {
 
 // Our literals are Windows-1250; file names on the native build are UTF-8.
-std::string utf8(const std::string &cp1250) {
-  char out[4096];
-  EXPECT_EQ(1, medium_cp1250_to_utf8(cp1250.c_str(), out, sizeof out));
-  return out;
-}
-
 std::string native(const std::string &cp1250) {
 #ifdef KX_WIN32
   return cp1250;
 #else
-  return utf8(cp1250);
+  char out[4096];
+  EXPECT_EQ(1, medium_cp1250_to_utf8(cp1250.c_str(), out, sizeof out));
+  return out;
 #endif
 }
 
