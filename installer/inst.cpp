@@ -2,6 +2,8 @@
 // the list files (DISKLIST.LST read, INST.LST and UNINST.LST written), the disks and the
 // transfer loop, the previous installation, the progress lines and the abort question.
 #include "installer/inst.h"
+#include "installer/unatt.h"
+#include "common/log.h"
 
 #include "common/file.h"
 #include "common/mm.h"
@@ -262,6 +264,7 @@ Flag put_record(const unsigned char *bytes) {
 // Appends one record. 1 when it is on the disk (or there is no list).
 Flag record_now(uint16_t kind, const char *path) {
   if (!uninstall_list) return 1;
+  log_line("UNINST.LST: záznam %u %s", (unsigned)kind, path ? path : "");
   unsigned char bytes[ILST_UNINSTALL_SIZE];
   if (!encode_record(kind, path, bytes)) return 0;
   return put_record(bytes);
@@ -829,6 +832,7 @@ Flag transfer_loop(InstallState *state) {
         RecordInstalledFile(main_path, nullptr, nullptr);
       }
     }
+    unatt_log_file(source, installed, state->size);
     if (install_list) {
       char line[KX_PATH + ILST_DESCRIPTION_MAX + 2];
       copy_cut(line, sizeof line, installed);

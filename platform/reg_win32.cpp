@@ -103,16 +103,19 @@ Flag reg_set_string(int16_t root, const char *key, const char *value, const char
 Flag reg_set_dword(int16_t root, const char *key, const char *value, uint32_t data) {
   HKEY base = root_handle(root);
   if (!base || !key) return 0;
+  Wide wide_key(key), name(value);
+  if (!wide_key.ok || !name.ok) return 0;
   HKEY handle;
   DWORD disposition = 0;
-  char no_class[1] = "";
-  if (RegCreateKeyExA(base, key, 0, no_class, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
-                      &handle, &disposition) != ERROR_SUCCESS)
-    return 0;
-  DWORD number = data;
-  LONG result = RegSetValueExA(handle, value_name(value), 0, REG_DWORD, (const BYTE *)&number,
-                               sizeof number);
-  RegCloseKey(handle);
+  wchar_t no_class[1] = L"";
+  LONG result = RegCreateKeyExW(base, wide_key.text, 0, no_class, REG_OPTION_NON_VOLATILE,
+                                KEY_ALL_ACCESS, nullptr, &handle, &disposition);
+  if (result == ERROR_SUCCESS) {
+    DWORD number = data;
+    result = RegSetValueExW(handle, value_name(name), 0, REG_DWORD, (const BYTE *)&number,
+                            sizeof number);
+    RegCloseKey(handle);
+  }
   return result == ERROR_SUCCESS;
 }
 
