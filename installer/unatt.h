@@ -1,6 +1,6 @@
 // unatt.h - how a run of SETUP.EXE ends, its log, and the answers of the unattended modes.
 //
-// The module registers itself as the reporting module's reporter (win/we.h) and so sees every
+// The module registers itself as the reporting module's reporter (common/we.h) and so sees every
 // box, question, notice and status text of the run:
 //   - each one goes to the run log (common/log.h), with the answer taken;
 //   - in the silent modes no box is shown: each question gets its fixed answer, and error,
