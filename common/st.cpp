@@ -1,7 +1,8 @@
 // st.cpp - null-safe helpers over NUL-terminated Windows-1250 byte strings.
+#include "common/st.h"
+
 #include "common/cz.h"
 #include "common/mm.h"
-#include "common/st.h"
 #include "common/we.h"
 
 #include <string.h>
@@ -371,6 +372,38 @@ Flag st_cat_char(char *text, char c, int16_t limit) {
   text[length] = c;
   if (c) text[length + 1] = 0;
   return 1;
+}
+
+Flag st_put(char *buffer, size_t size, const char *text) {
+  if (size == 0) return 0;
+  if (!text) text = "";
+  size_t n = strlen(text);
+  Flag whole = n < size;
+  if (!whole) n = size - 1;
+  memmove(buffer, text, n);
+  buffer[n] = 0;
+  return whole;
+}
+
+Flag st_append(char *buffer, size_t size, const char *text) {
+  if (size == 0) return 0;
+  const char *end = (const char *)memchr(buffer, 0, size);
+  if (!end) {
+    buffer[size - 1] = 0;
+    return 0;
+  }
+  size_t used = (size_t)(end - buffer);
+  return st_put(buffer + used, size - used, text);
+}
+
+Flag st_join(char *buffer, size_t size, const char *a, const char *b, const char *c,
+             const char *d) {
+  if (size == 0) return 0;
+  buffer[0] = 0;
+  Flag whole = st_append(buffer, size, a);
+  whole = st_append(buffer, size, b) && whole;
+  whole = st_append(buffer, size, c) && whole;
+  return st_append(buffer, size, d) && whole;
 }
 
 // ---- Wildcards -----------------------------------------------------------------------------

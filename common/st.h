@@ -17,6 +17,8 @@
 
 #include "common/co.h"
 
+#include <stddef.h>
+
 // ---- Allocation ----------------------------------------------------------------------------
 
 Flag st_alloc(int16_t length, char **result);
@@ -160,6 +162,25 @@ Flag st_cat_char(char *text, char c, int16_t limit);
 // Appends the one character c. Returns 0 and leaves text alone when limit > 0 and the new
 // length would exceed limit (length + 1 > limit); else appends and returns 1 (a limit of 0 or
 // less: no bound). 0 after InternalError for a null text.
+
+// ---- Copy, append and join into a buffer of known size -----------------------------------------
+//
+// The one bounded copy of the suite's code: size is the buffer's size in bytes (its room for the
+// NUL included), the result always terminated when size > 0, a text that does not fit cut at
+// size - 1 characters (no mark). A null text counts as "". Each returns 1 when the whole text
+// went in and 0 when it was cut (or size is 0: nothing written).
+
+Flag st_put(char *buffer, size_t size, const char *text);
+// buffer = text. buffer and text may overlap.
+
+Flag st_append(char *buffer, size_t size, const char *text);
+// buffer = buffer + text. A buffer holding no NUL within size counts as full: it is terminated
+// at size - 1 and the result is 0.
+
+Flag st_join(char *buffer, size_t size, const char *a, const char *b = nullptr,
+             const char *c = nullptr, const char *d = nullptr);
+// buffer = a + b + c + d (null pieces empty): a path from its pieces, for example. 0 when the
+// whole did not fit; the buffer then holds it cut.
 
 // ---- Wildcards -----------------------------------------------------------------------------
 

@@ -17,17 +17,8 @@ struct FileObject;
 
 // The installer's one state record, owned by the installer dialog.
 struct InstallState {
-  // DISKLIST.LST header as read by the last rewind.
-  uint16_t header_word0;
-  char header_text[ILST_HEADER_TEXT_MAX + 1];
-  uint16_t header_words[4];     // [1] = number of records, [3] = packed
-  // The current record.
-  char file_name[ILST_NAME_MAX + 1];
-  char stored_name[ILST_NAME_MAX + 1];
-  char directory[ILST_NAME_MAX + 1];
-  uint32_t size;
-  uint16_t disk;                // 0-based
-  char description[ILST_DESCRIPTION_MAX + 1];
+  ListHeader header;            // DISKLIST.LST's header as read by the last rewind
+  ListRecord record;            // its current record (installer/inst_list.h)
 
   char source_path[KX_PATH];    // with trailing "\"
   char target_path[KX_PATH];    // drive, ":" and trailing "\"
@@ -76,7 +67,7 @@ Flag InstallProcedure(InstallState *state);
 void inst_close_lists(InstallState *state);
 // Closes UNINST.LST and DISKLIST.LST after a run (the dialog calls this after every run).
 
-Flag DiskIdFile(InstallState *state);
+Flag DiskIdFile(InstallState *state);  // (inst_list.cpp)
 // The disk check: reads source + ("A" + current_disk) + ".KORV" and checks its "DISK:" line
 // (messages "Nesprávná disketa", "Nesprávné pořadové číslo diskety (%d)", "Neznámé klíčové slovo
 // v souboru %s"). 1 when the disk in the source directory is disk current_disk.
@@ -105,6 +96,10 @@ void inst_clear_lines(void);
 // The progress lines of the dialog (items 18..21).
 
 // ---- The later steps: results are reported but never fail the install ----------------------
+Flag UpdateConfiguration(InstallState *state);
+// Step 14: the paths of the target into the options record and the system configuration
+// (the library paths only when no earlier configuration was taken over), SYSTEM.WCO written
+// into the target's EXE directory and recorded. 1. (inst_shell.cpp)
 Flag UpdateStartMenu(InstallState *state);
 Flag UpdateDesktop(InstallState *state);
 Flag UpdateQuickLaunch(InstallState *state);

@@ -10,11 +10,13 @@
 #include "common/cz.h"
 #include "common/file.h"
 #include "common/log.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "installer/startup.h"
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
 #include "platform/shl.h"
+#include "store/ifl.h"
 #include "store/wco.h"
 
 #include <stdio.h>
@@ -36,21 +38,6 @@ const char MAIN_PROGRAM[] = "KORV5.EXE";
 const char LINK_NAME[] = "KORVEX.LNK";
 const char NO_MAIN_PROGRAM[] = "Nelze najít spustitelný program systému KORVEX";
 const char MAIN_DESCRIPTION[] = "KORVEX - Návrhový systém pro elektroniku %d.%03d-%03d";
-
-// Joins up to four pieces (null: nothing) into out of size bytes; an over-long result is cut.
-void join(char *out, size_t size, const char *a, const char *b = nullptr,
-          const char *c = nullptr, const char *d = nullptr) {
-  const char *pieces[4] = {a, b, c, d};
-  size_t used = 0;
-  for (const char *piece : pieces) {
-    if (!piece) continue;
-    size_t n = strlen(piece);
-    if (n > size - 1 - used) n = size - 1 - used;
-    memcpy(out + used, piece, n);
-    used += n;
-  }
-  out[used] = 0;
-}
 
 // File-exists test of a path in drive form (the native build maps it first).
 Flag exists(const char *path) {
@@ -96,9 +83,9 @@ void make_link(const char *name, const char *target, const char *description,
 // The main program's shortcut (Start menu, desktop, quick launch) in the current directory.
 void main_program_link(const InstallState *state) {
   char target[KX_PATH], directory[KX_PATH], description[KX_PATH];
-  join(target, sizeof target, program_dir, MAIN_PROGRAM);
+  st_join(target, sizeof target, program_dir, MAIN_PROGRAM);
   if (!exists(target)) ErrorBox(NO_MAIN_PROGRAM);
-  join(directory, sizeof directory, state->target_path, "Navrhy");
+  st_join(directory, sizeof directory, state->target_path, "Navrhy");
   main_description(description, sizeof description);
   make_link(LINK_NAME, target, description, directory);
 }
@@ -108,10 +95,10 @@ void main_program_link(const InstallState *state) {
 void group_link(const char *folder, const char *name, const char *program, const char *missing,
                 const char *description, const char *directory) {
   char target[KX_PATH], record[KX_PATH];
-  join(target, sizeof target, program_dir, program);
+  st_join(target, sizeof target, program_dir, program);
   if (!exists(target)) ErrorBox(missing);
   make_link(name, target, description, directory);
-  join(record, sizeof record, folder, "\\", name);
+  st_join(record, sizeof record, folder, "\\", name);
   RecordInstalledFile(record, nullptr, nullptr);
 }
 
@@ -181,7 +168,7 @@ Flag UpdateStartMenu(InstallState *state) {
   // Keep this: an empty folder (no Shell Folders key) gets no backslash, so the group is then
   // made relative to the current directory.
   char group[KX_PATH];
-  join(group, sizeof group, folder, (folder[0] && !ends_in_backslash(folder)) ? "\\" : "",
+  st_join(group, sizeof group, folder, (folder[0] && !ends_in_backslash(folder)) ? "\\" : "",
        "KORVEX");
   plat_make_directory(group);
   if (!plat_change_directory(group)) {
@@ -192,15 +179,15 @@ Flag UpdateStartMenu(InstallState *state) {
 
   char directory[KX_PATH], record[KX_PATH];
   main_program_link(state);
-  join(record, sizeof record, group, "\\", LINK_NAME);
+  st_join(record, sizeof record, group, "\\", LINK_NAME);
   RecordInstalledFile(record, nullptr, nullptr);
 
-  join(directory, sizeof directory, state->target_path, "EXE");
+  st_join(directory, sizeof directory, state->target_path, "EXE");
   drop_one_backslash(directory);
   group_link(group, "Konfigurace KORVEX.LNK", "CONFIG.EXE",
              "Nelze najít konfigurační program systému KORVEX", "Konfigurace KORVEX", directory);
 
-  join(directory, sizeof directory, state->target_path);
+  st_join(directory, sizeof directory, state->target_path);
   drop_one_backslash(directory);
   group_link(group, "Odinstalace KORVEX.LNK", "UNINSTAL.EXE",
              "Nelze najít odinstalační program systému KORVEX", "Odinstalace KORVEX", directory);
@@ -216,7 +203,7 @@ static Flag main_link_in(InstallState *state, const char *folder, const char *cd
   }
   main_program_link(state);
   char record[KX_PATH];
-  join(record, sizeof record, folder, "\\", LINK_NAME);
+  st_join(record, sizeof record, folder, "\\", LINK_NAME);
   RecordInstalledFile(record, nullptr, nullptr);
   return 1;
 }
@@ -249,7 +236,7 @@ Flag UpdateQuickLaunch(InstallState *state) {
     return 0;
   }
   char folder[KX_PATH];
-  join(folder, sizeof folder, data, ends_in_backslash(data) ? "" : "\\",
+  st_join(folder, sizeof folder, data, ends_in_backslash(data) ? "" : "\\",
        "Microsoft\\Internet Explorer\\Quick Launch");
   return main_link_in(state, folder,
                       "Nelze přejít do adresáře %s\nDo systémové lišty nelze doplnit ikonu,\nVáš "
@@ -265,10 +252,10 @@ Flag RegisterAppPath(InstallState *state) {
   }
   SetStatusText("Aktualizace registru (registrace aplikace) ...");
   char data[KX_PATH];
-  join(data, sizeof data, program_dir, MAIN_PROGRAM);
+  st_join(data, sizeof data, program_dir, MAIN_PROGRAM);
   if (!SetRegistryDefault(REG_ROOT_LOCAL_MACHINE, APP_PATH_KEY, data))
     ErrorBox("Chyba při do ukládání registru");
-  join(data, sizeof data, program_dir);
+  st_join(data, sizeof data, program_dir);
   drop_one_backslash(data);
   if (!SetRegistryValue(REG_ROOT_LOCAL_MACHINE, APP_PATH_KEY, "Path", data))
     ErrorBox("Chyba při do ukládání registru");
@@ -291,13 +278,13 @@ Flag UninstallDetails(const InstallState *state) {
            KX_VERSION_BUILD);
   ok = SetRegistryValue(root, UNINSTALL_KEY, "DisplayVersion", data) && ok;
   ok = SetRegistryValue(root, UNINSTALL_KEY, "InstallLocation", state->target_path) && ok;
-  join(data, sizeof data, program_dir, MAIN_PROGRAM, ",0");
+  st_join(data, sizeof data, program_dir, MAIN_PROGRAM, ",0");
   ok = SetRegistryValue(root, UNINSTALL_KEY, "DisplayIcon", data) && ok;
   uint32_t kib = (uint32_t)((state->total_size + 1023) / 1024);
   ok = SetRegistryNumber(root, UNINSTALL_KEY, "EstimatedSize", kib) && ok;
   ok = SetRegistryNumber(root, UNINSTALL_KEY, "NoModify", 1) && ok;
   ok = SetRegistryNumber(root, UNINSTALL_KEY, "NoRepair", 1) && ok;
-  join(data, sizeof data, "\"", program_dir, "UNINSTAL.EXE\" /SILENT");
+  st_join(data, sizeof data, "\"", program_dir, "UNINSTAL.EXE\" /SILENT");
   ok = SetRegistryValue(root, UNINSTALL_KEY, "QuietUninstallString", data) && ok;
   return ok;
 }
@@ -313,7 +300,7 @@ Flag RegisterUninstall(InstallState *state) {
            KX_VERSION_BUILD);
   if (!SetRegistryValue(REG_ROOT_LOCAL_MACHINE, UNINSTALL_KEY, "DisplayName", data))
     ErrorBox("Chyba při ukládání do registru");
-  join(data, sizeof data, program_dir, "UNINSTAL.EXE");
+  st_join(data, sizeof data, program_dir, "UNINSTAL.EXE");
   if (!SetRegistryValue(REG_ROOT_LOCAL_MACHINE, UNINSTALL_KEY, "UninstallString", data))
     ErrorBox("Chyba při ukládání registru");
   UninstallDetails(state);
@@ -355,9 +342,9 @@ void extension_key(const FileType &type, char *out, size_t size) {
   char extension[4] = "";
   ConfigStore *store = wco::system_store();
   if (!store || !wco::get_text(store, type.section, type.key, extension, 3))
-    join(extension, sizeof extension, type.fallback);
+    st_join(extension, sizeof extension, type.fallback);
   cz_lower(extension);
-  join(out, size, ".", extension);
+  st_join(out, size, ".", extension);
 }
 
 }  // namespace
@@ -380,21 +367,21 @@ Flag RegisterFileTypes(InstallState *state) {
   for (const FileType &type : FILE_TYPES) {
     char icon[16];
     snprintf(icon, sizeof icon, "%d", type.icon);
-    join(key, sizeof key, type.type, "\\DefaultIcon");
-    join(data, sizeof data, program_dir, MAIN_PROGRAM, ",-", icon);
+    st_join(key, sizeof key, type.type, "\\DefaultIcon");
+    st_join(data, sizeof data, program_dir, MAIN_PROGRAM, ",-", icon);
     if (!SetRegistryDefault(REG_ROOT_CLASSES, key, data)) ErrorBox(type.description_fault);
   }
   for (const FileType &type : FILE_TYPES) {
-    join(key, sizeof key, type.type, "\\Shell");
+    st_join(key, sizeof key, type.type, "\\Shell");
     if (!SetRegistryDefault(REG_ROOT_CLASSES, key, "")) ErrorBox(type.description_fault);
   }
   for (const FileType &type : FILE_TYPES) {
-    join(key, sizeof key, type.type, "\\Shell\\Open");
+    st_join(key, sizeof key, type.type, "\\Shell\\Open");
     if (!SetRegistryDefault(REG_ROOT_CLASSES, key, "&Otevřít")) ErrorBox(type.description_fault);
   }
   for (const FileType &type : FILE_TYPES) {
-    join(key, sizeof key, type.type, "\\Shell\\Open\\command");
-    join(data, sizeof data, program_dir, MAIN_PROGRAM, " \"%1\"");
+    st_join(key, sizeof key, type.type, "\\Shell\\Open\\command");
+    st_join(data, sizeof data, program_dir, MAIN_PROGRAM, " \"%1\"");
     if (!SetRegistryDefault(REG_ROOT_CLASSES, key, data)) ErrorBox(type.description_fault);
   }
   flush_root(REG_ROOT_CLASSES);
@@ -405,7 +392,7 @@ Flag RegisterFileTypes(InstallState *state) {
                                          "\\DefaultIcon", ""};
   for (const char *suffix : SUFFIXES)
     for (const FileType &type : FILE_TYPES) {
-      join(key, sizeof key, type.type, suffix);
+      st_join(key, sizeof key, type.type, suffix);
       RecordOtherItem(key);
     }
   return 1;
@@ -422,7 +409,7 @@ Flag RegisterConfigPath(InstallState *state) {
   if (!SetRegistryDefault(REG_ROOT_LOCAL_MACHINE, CONFIG_KEY_2, ""))
     ErrorBox("Chyba při do ukládání registru");
   char data[KX_PATH];
-  join(data, sizeof data, state->target_path, "EXE", "\\", "SYSTEM.WCO");
+  st_join(data, sizeof data, state->target_path, "EXE", "\\", "SYSTEM.WCO");
   if (!SetRegistryValue(REG_ROOT_LOCAL_MACHINE, CONFIG_KEY_3, "system_wco_path", data))
     ErrorBox("Chyba při do ukládání registru");
   RecordMachineKey(CONFIG_KEY_3);
@@ -441,10 +428,10 @@ Flag CheckHtmlHelp(InstallState *state) {
   }
   if (plat_library_present("HHCTRL.OCX")) return 1;
   char package[KX_PATH];
-  join(package, sizeof package, state->target_path, "hhlppack\\hhupd.exe");
+  st_join(package, sizeof package, state->target_path, "hhlppack\\hhupd.exe");
   char text[512];
   if (!exists(package)) {
-    join(text, sizeof text,
+    st_join(text, sizeof text,
          "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat "
          "aplikaci HTML HELP (Microsoft). Servisní balíček HHUPD.EXE lze získat zdarma na "
          "serverech firmy Microsoft nebo na našem serveru ",
@@ -455,7 +442,7 @@ Flag CheckHtmlHelp(InstallState *state) {
   if (!QuestionBox("Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba "
                    "nainstalovat aplikaci HTML HELP (Microsoft). Má se nyní spustit instalace "
                    "tohoto servisního balíčku?")) {
-    join(text, sizeof text,
+    st_join(text, sizeof text,
          "Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). Servisní balíček "
          "HHUPD.EXE lze získat zdarma na serverech firmy Microsoft nebo na našem serveru ",
          MAKER_SERVER, " ");
@@ -480,22 +467,59 @@ Flag CreateFunctionList(InstallState *state) {
   plat_change_directory(change);
 
   char path[KX_PATH];
-  join(path, sizeof path, state->target_path, "EXE");
+  st_join(path, sizeof path, state->target_path, "EXE");
   if (!plat_change_directory(path)) {
     ErrorBoxF("Nelze změnit adresář na disku %s", drive);
     return 0;
   }
-  join(path, sizeof path, state->target_path, "EXE", "\\", MAIN_PROGRAM);
+  st_join(path, sizeof path, state->target_path, "EXE", "\\", MAIN_PROGRAM);
   int32_t exit_code = -1;
   if (!plat_run_and_wait(path, "$f", nullptr, &exit_code) || exit_code != 0) {
     ErrorBox("Chyba při vytvoření seznamu konfiguračního seznamu funkcí");
     return 0;
   }
-  join(path, sizeof path, state->target_path, "EXE", "\\", "PFU_LIST.PFU");
+  st_join(path, sizeof path, state->target_path, "EXE", "\\", "PFU_LIST.PFU");
   RecordInstalledFile(path, nullptr, nullptr);
   if (!plat_change_directory("..")) {
     ErrorBoxF("Nelze změnit adresář na disku %s", drive);
     return 0;
   }
+  return 1;
+}
+
+// ---- Configuration update ------------------------------------------------------------------
+
+static void set_path(ConfigStore *store, const char *section, const char *key, char *field,
+              const char *a, const char *b = nullptr, const char *c = nullptr) {
+  char value[KX_PATH];
+  st_join(value, KX_PATH, a, b, c);
+  st_put(field, IFL_LONG_TEXT + 1, value);
+  if (store) wco::set_text(store, section, key, field);
+}
+
+Flag UpdateConfiguration(InstallState *state) {
+  SetStatusText("Zápis/oprava konfiguračního souboru");
+  ConfigStore *store = wco::system_store();
+  const char *target = state->target_path;
+  set_path(store, "CO_common", "system_path", ifl_options.system_path,
+           strlen(target) >= 2 ? target + 2 : "");
+  st_join(program_dir, KX_PATH, target, "EXE", "\\");
+  if (!config_taken_over) {
+    set_path(store, "CO_common", "initial_directory", ifl_options.initial_directory, target,
+             "Navrhy");
+    set_path(store, "CO_schematic", "schema_default_library_path",
+             ifl_options.schema_default_library_path, target, "SLIB", "\\");
+    set_path(store, "CO_layout", "layout_default_library_path",
+             ifl_options.layout_default_library_path, target, "LLIB", "\\");
+    set_path(store, "CO_edit", "edit_default_library_path", ifl_options.edit_default_library_path,
+             target, "ELIB", "\\");
+    set_path(store, "CO_simulator", "default_model_library_path",
+             ifl_options.default_model_library_path, target, "MLIB", "\\");
+  }
+  char path[KX_PATH];
+  if (store && st_join(path, KX_PATH, target, "EXE", "\\", "SYSTEM.WCO"))
+    wco::save_always(store, path);
+  RecordInstalledFile(target, "EXE", "SYSTEM.WCO");
+  SetStatusText("");
   return 1;
 }

@@ -30,27 +30,6 @@ const char STARTUP_DEFAULT_EXTENSION[] = "D32";
 // ---- Bounded text helpers ----------------------------------------------------------------------
 // Paths are cut, never overrun; no mark is put at the cut (a cut path is still a path).
 
-static size_t bounded_length(const char *text, size_t limit) {
-  size_t n = 0;
-  while (n < limit && text[n] != '\0') n++;
-  return n;
-}
-
-// Copies at most size - 1 characters of source and terminates.
-static void copy_cut(char *destination, size_t size, const char *source) {
-  size_t n = bounded_length(source, size - 1);
-  memmove(destination, source, n);
-  destination[n] = '\0';
-}
-
-// Appends source; what does not fit into size - 1 characters is dropped.
-static void append_cut(char *destination, size_t size, const char *source) {
-  size_t have = bounded_length(destination, size - 1);
-  size_t n = bounded_length(source, size - 1 - have);
-  memmove(destination + have, source, n);
-  destination[have + n] = '\0';
-}
-
 // 1 when the last component of name carries a "." (an extension, possibly empty).
 static Flag has_extension(const char *name) {
   const char *dot = nullptr;
@@ -66,15 +45,15 @@ static Flag has_extension(const char *name) {
 static void take_program_path(const char *path) {
   // The drive: the first three characters, cut after ":".
   char first[4];
-  copy_cut(first, sizeof first, path);
+  st_put(first, sizeof first, path);
   char *colon = strchr(first, ':');
   if (colon != nullptr) colon[1] = '\0';
   else first[0] = '\0';
-  copy_cut(program_drive, sizeof program_drive, first);
+  st_put(program_drive, sizeof program_drive, first);
 
   // The directory: the rest after ":", cut after the last "\".
   const char *rest = path + strlen(program_drive);
-  copy_cut(program_dir, sizeof program_dir, rest);
+  st_put(program_dir, sizeof program_dir, rest);
   char *last = strrchr(program_dir, '\\');
   if (last != nullptr) last[1] = '\0';
   else program_dir[0] = '\0';
@@ -85,31 +64,31 @@ static void take_program_path(const char *path) {
 
 static void take_design_name(const char *argument) {
   if (has_extension(argument)) {
-    copy_cut(design_file_name, sizeof design_file_name, argument);
+    st_put(design_file_name, sizeof design_file_name, argument);
     return;
   }
   // Room is kept for the extension: a cut name still gets ".D32".
   const size_t room = sizeof design_file_name - 1 - (1 + strlen(STARTUP_DEFAULT_EXTENSION));
-  copy_cut(design_file_name, room + 1, argument);
-  append_cut(design_file_name, sizeof design_file_name, ".");
-  append_cut(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_EXTENSION);
+  st_put(design_file_name, room + 1, argument);
+  st_append(design_file_name, sizeof design_file_name, ".");
+  st_append(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_EXTENSION);
 }
 
 static void append_rest(const char *argument) {
-  if (command_rest[0] != '\0') append_cut(command_rest, sizeof command_rest, " ");
-  append_cut(command_rest, sizeof command_rest, argument);
+  if (command_rest[0] != '\0') st_append(command_rest, sizeof command_rest, " ");
+  st_append(command_rest, sizeof command_rest, argument);
 }
 
 Flag startup_read_command_line(int argc, char **argv) {
   program_drive[0] = '\0';
   program_dir[0] = '\0';
-  copy_cut(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_DESIGN);
-  append_cut(design_file_name, sizeof design_file_name, ".");
-  append_cut(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_EXTENSION);
+  st_put(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_DESIGN);
+  st_append(design_file_name, sizeof design_file_name, ".");
+  st_append(design_file_name, sizeof design_file_name, STARTUP_DEFAULT_EXTENSION);
   command_rest[0] = '\0';
   function_list_switch = 0;
   second_switch = 0;
-  copy_cut(system_drive, sizeof system_drive, "c:");
+  st_put(system_drive, sizeof system_drive, "c:");
   extra_argument_count = 0;
   if (argv == nullptr || argc < 1) return 1;
 
@@ -159,16 +138,16 @@ Flag LocateConfiguration(void) {
   for (int i = 0; i < 2; i++) {
     reg_get_string(roots[i], STARTUP_REGISTRY_KEY, values[i], path, sizeof path);
     if (try_configuration(path)) {
-      copy_cut(configuration_path, sizeof configuration_path, path);
+      st_put(configuration_path, sizeof configuration_path, path);
       return 1;
     }
   }
 
-  copy_cut(path, sizeof path, program_drive);
-  append_cut(path, sizeof path, program_dir);
-  append_cut(path, sizeof path, STARTUP_SYSTEM_FILE);
+  st_put(path, sizeof path, program_drive);
+  st_append(path, sizeof path, program_dir);
+  st_append(path, sizeof path, STARTUP_SYSTEM_FILE);
   if (!file_exists(path)) return 0;
-  copy_cut(configuration_path, sizeof configuration_path, path);
+  st_put(configuration_path, sizeof configuration_path, path);
   if (try_configuration(path)) RepairInstalledPaths();
   return 1;
 }
@@ -190,20 +169,20 @@ static Flag enter_or_create(const char *directory, const char *drive) {
 // Builds the install root level by level from the drive's root, and "Navrhy" and "EXE" in it.
 static Flag build_install_tree(const char *root, const char *drive) {
   char here[4];
-  copy_cut(here, sizeof here, drive);
-  append_cut(here, sizeof here, "\\");
+  st_put(here, sizeof here, drive);
+  st_append(here, sizeof here, "\\");
   if (!plat_change_directory(here)) {
     ErrorBoxF("Nelze změnit adresář na disku %s", drive);
     return 0;
   }
   char rest[KX_PATH];
-  copy_cut(rest, sizeof rest, root + 2);
+  st_put(rest, sizeof rest, root + 2);
   char *p = rest;
   while (*p != '\0') {
     char *end = strchr(p, '\\');
     if (end != nullptr) *end = '\0';
     char component[KX_PATH];
-    copy_cut(component, sizeof component, p);
+    st_put(component, sizeof component, p);
     st_trim(component);
     if (component[0] != '\0' && !enter_or_create(component, drive)) return 0;
     if (end == nullptr) break;
@@ -225,7 +204,7 @@ Flag startup_install_root(const char *system_wco_path, char *root) {
     InternalError("startup", __LINE__);
     return 0;
   }
-  copy_cut(root, KX_PATH, system_wco_path);
+  st_put(root, KX_PATH, system_wco_path);
   st_upper(root);
   char *exe = strstr(root, "EXE");
   if (exe != nullptr) *exe = '\0';
@@ -237,7 +216,7 @@ Flag startup_system_path(char *system_path) {
     InternalError("startup", __LINE__);
     return 0;
   }
-  copy_cut(system_path, KX_PATH, program_dir);
+  st_put(system_path, KX_PATH, program_dir);
   st_upper(system_path);
   for (char *p = strstr(system_path, "\\EXE"); p != nullptr; p = strstr(p + 1, "\\EXE")) {
     if (p[4] == '\\' || p[4] == '\0') {
@@ -279,8 +258,8 @@ Flag RepairInstalledPaths(void) {
   startup_system_path(system_path);
   char value[KX_PATH];
   Flag ok = wco::set_text(store, "CO_common", "system_path", system_path);
-  copy_cut(value, sizeof value, root);
-  append_cut(value, sizeof value, STARTUP_DESIGN_DIRECTORY);
+  st_put(value, sizeof value, root);
+  st_append(value, sizeof value, STARTUP_DESIGN_DIRECTORY);
   ok = (Flag)(wco::set_text(store, "CO_common", "initial_directory", value) && ok);
   static const struct {
     const char *section, *key, *library;
@@ -291,15 +270,15 @@ Flag RepairInstalledPaths(void) {
       {"CO_simulator", "default_model_library_path", "MLIB"},
   };
   for (int i = 0; i < 4; i++) {
-    copy_cut(value, sizeof value, program_drive);
-    append_cut(value, sizeof value, system_path);
-    append_cut(value, sizeof value, libraries[i].library);
-    append_cut(value, sizeof value, "\\");
+    st_put(value, sizeof value, program_drive);
+    st_append(value, sizeof value, system_path);
+    st_append(value, sizeof value, libraries[i].library);
+    st_append(value, sizeof value, "\\");
     ok = (Flag)(wco::set_text(store, libraries[i].section, libraries[i].key, value) && ok);
   }
   if (!ok) return 0;
   if (!wco::save(store, registry_path)) return 0;
-  copy_cut(configuration_path, sizeof configuration_path, registry_path);
+  st_put(configuration_path, sizeof configuration_path, registry_path);
   return 1;
 }
 

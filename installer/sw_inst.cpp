@@ -69,57 +69,41 @@ Flag sw_inst_add_backslash(char *path) {
   return 1;
 }
 
-// Bounded copy into a KX_PATH buffer.
-static void copy_path(char *to, const char *from) {
-  size_t n = strnlen(from, KX_PATH - 1);
-  memmove(to, from, n);
-  to[n] = 0;
-}
-
-// Bounded append to a KX_PATH buffer.
-static void append_path(char *to, const char *tail) {
-  size_t n = strnlen(to, KX_PATH - 1);
-  size_t m = strlen(tail);
-  if (m > KX_PATH - 1 - n) m = KX_PATH - 1 - n;
-  memcpy(to + n, tail, m);
-  to[n + m] = 0;
-}
-
 Flag sw_inst_accept_path(char *field, char *state_path) {
   if (!field || !state_path) return 0;
   sw_inst_add_backslash(field);
   if (field[0] && field[1] == ':') {
-    copy_path(state_path, field);
+    st_put(state_path, KX_PATH, field);
     return 1;
   }
-  copy_path(field, state_path);
+  st_put(field, KX_PATH, state_path);
   return 0;
 }
 
 Flag sw_inst_target_from_folder(const char *folder, char *target) {
   if (!folder || !target) return 0;
   char path[KX_PATH];
-  copy_path(path, folder);
+  st_put(path, KX_PATH, folder);
   sw_inst_add_backslash(path);
   char upper[KX_PATH];
-  copy_path(upper, path);
+  st_put(upper, KX_PATH, path);
   cz_upper(upper);
   if (!strstr(upper, TARGET_NAME)) {
-    append_path(path, TARGET_NAME);
-    append_path(path, "\\");
+    st_append(path, KX_PATH, TARGET_NAME);
+    st_append(path, KX_PATH, "\\");
   }
-  copy_path(target, path);
+  st_put(target, KX_PATH, path);
   return 1;
 }
 
 Flag sw_inst_quick_launch_path(const char *app_data, char *path) {
   if (!app_data || !path) return 0;
   char result[KX_PATH];
-  copy_path(result, app_data);
+  st_put(result, KX_PATH, app_data);
   size_t n = strlen(result);
-  if (n == 0 || result[n - 1] != '\\') append_path(result, "\\");
-  append_path(result, SW_INST_QUICK_LAUNCH_TAIL);
-  copy_path(path, result);
+  if (n == 0 || result[n - 1] != '\\') st_append(result, KX_PATH, "\\");
+  st_append(result, KX_PATH, SW_INST_QUICK_LAUNCH_TAIL);
+  st_put(path, KX_PATH, result);
   return 1;
 }
 
@@ -536,7 +520,7 @@ static void leave_field(InstallerDialog *d, int32_t id) {
   if (!dialog_window_get_text(w, text, KX_PATH)) text[0] = 0;
   char *path = id == SW_INST_SOURCE ? d->state->source_path : d->state->target_path;
   char before[KX_PATH];
-  copy_path(before, text);
+  st_put(before, KX_PATH, text);
   sw_inst_accept_path(text, path);
   if (strcmp(before, text) != 0) dialog_window_set_text(w, text);
 }
@@ -588,7 +572,7 @@ static void browse_source(InstallerDialog *d) {
   char folder[KX_PATH];
   if (!d->state || !browse(d, TEXT_BROWSE_SOURCE, nullptr, folder)) return;
   sw_inst_add_backslash(folder);
-  copy_path(d->state->source_path, folder);
+  st_put(d->state->source_path, KX_PATH, folder);
   set_item_text(d, SW_INST_SOURCE, folder);
 }
 
@@ -597,7 +581,7 @@ static void browse_target(InstallerDialog *d) {
   if (!d->state || !browse(d, TEXT_BROWSE_TARGET, d->state->target_path, folder)) return;
   char target[KX_PATH];
   sw_inst_target_from_folder(folder, target);
-  copy_path(d->state->target_path, target);
+  st_put(d->state->target_path, KX_PATH, target);
   set_item_text(d, SW_INST_TARGET, target);
 }
 

@@ -2,6 +2,7 @@
 // with a write log and a few failure switches, so that registration, configuration lookup and
 // uninstall logic can be tested without Windows. Fixed tables; a full table makes the write
 // fail like a registry that refuses it.
+#include "common/st.h"
 #include "platform/reg.h"
 
 #include <stdio.h>
@@ -49,15 +50,6 @@ Flag same_text(const char *a, const char *b, int32_t n) {
     if (a[i] == 0) return 1;
   }
   return 1;
-}
-
-void copy_cut(char *to, const char *from, size_t size) {
-  if (size == 0) return;
-  if (!from) from = "";
-  size_t n = strlen(from);
-  if (n > size - 1) n = size - 1;
-  memcpy(to, from, n);
-  to[n] = 0;
 }
 
 int32_t find_key(int16_t root, const char *path, int32_t length) {
@@ -116,9 +108,9 @@ void log_call(char op, int16_t root, Flag ok, const char *key, const char *value
   entry->op = op;
   entry->root = root;
   entry->ok = ok;
-  copy_cut(entry->key, key, sizeof entry->key);
-  copy_cut(entry->value, value, sizeof entry->value);
-  copy_cut(entry->data, data, sizeof entry->data);
+  st_put(entry->key, sizeof entry->key, key);
+  st_put(entry->value, sizeof entry->value, value);
+  st_put(entry->data, sizeof entry->data, data);
 }
 
 }  // namespace
@@ -130,7 +122,7 @@ Flag reg_get_string(int16_t root, const char *key, const char *value, char *buff
   if (k < 0) return 0;
   int32_t v = find_value(k, value ? value : "");
   if (v < 0 || values[v].dword) return 0;
-  copy_cut(buffer, values[v].data, (size_t)size);
+  st_put(buffer, (size_t)size, values[v].data);
   return 1;
 }
 
@@ -154,8 +146,8 @@ Flag set_value(char op, int16_t root, const char *key, const char *value, const 
       if (v >= 0) {
         values[v].used = 1;
         values[v].key = (int16_t)k;
-        copy_cut(values[v].name, value, sizeof values[v].name);
-        copy_cut(values[v].data, data, sizeof values[v].data);
+        st_put(values[v].name, sizeof values[v].name, value);
+        st_put(values[v].data, sizeof values[v].data, data);
         values[v].dword = op == 'D';
         ok = 1;
       }
@@ -229,7 +221,7 @@ void reg_test_deny(int16_t root, const char *key) {
     if (denied[i].used) continue;
     denied[i].used = 1;
     denied[i].root = root;
-    copy_cut(denied[i].path, key, sizeof denied[i].path);
+    st_put(denied[i].path, sizeof denied[i].path, key);
     return;
   }
 }

@@ -5,6 +5,7 @@
 //   description=...
 //   directory=...
 // (a field that was never set is left out). Every seam call is traced for the tests.
+#include "common/st.h"
 #include "platform/shl.h"
 
 #include <stdio.h>
@@ -38,13 +39,6 @@ void trace_word(const char *word) {
   trace[used + n + 1] = 0;
 }
 
-void copy_cut(char *to, const char *from) {
-  size_t n = strlen(from);
-  if (n > KX_PATH - 1) n = KX_PATH - 1;
-  memcpy(to, from, n);
-  to[n] = 0;
-}
-
 // Reads a saved shortcut; 0 when the file is missing or not one of ours.
 Flag read_fake(const char *file, FakeLink *into) {
   FILE *f = fopen(file, "rb");
@@ -62,13 +56,13 @@ Flag read_fake(const char *file, FakeLink *into) {
       continue;
     }
     if (strncmp(line, "target=", 7) == 0) {
-      copy_cut(into->target, line + 7);
+      st_put(into->target, KX_PATH, line + 7);
       into->have_target = 1;
     } else if (strncmp(line, "description=", 12) == 0) {
-      copy_cut(into->description, line + 12);
+      st_put(into->description, KX_PATH, line + 12);
       into->have_description = 1;
     } else if (strncmp(line, "directory=", 10) == 0) {
-      copy_cut(into->directory, line + 10);
+      st_put(into->directory, KX_PATH, line + 10);
       into->have_directory = 1;
     }
   }
@@ -86,9 +80,9 @@ Flag shl_read_link(const char *link_file, char *target, char *description,
   if (!link_file) return 0;
   FakeLink read;
   if (!read_fake(link_file, &read)) return 0;
-  if (target) copy_cut(target, read.target);
-  if (description) copy_cut(description, read.description);
-  if (working_directory) copy_cut(working_directory, read.directory);
+  if (target) st_put(target, KX_PATH, read.target);
+  if (description) st_put(description, KX_PATH, read.description);
+  if (working_directory) st_put(working_directory, KX_PATH, read.directory);
   return 1;
 }
 
@@ -126,7 +120,7 @@ Flag shl_link_load(const char *link_file) {
 Flag shl_link_set_path(const char *target) {
   trace_word("path");
   if ((fail_steps & SHL_FAIL_PATH) || !link_held || !target) return 0;
-  copy_cut(link.target, target);
+  st_put(link.target, KX_PATH, target);
   link.have_target = 1;
   return 1;
 }
@@ -134,7 +128,7 @@ Flag shl_link_set_path(const char *target) {
 Flag shl_link_set_description(const char *description) {
   trace_word("description");
   if ((fail_steps & SHL_FAIL_DESCRIPTION) || !link_held || !description) return 0;
-  copy_cut(link.description, description);
+  st_put(link.description, KX_PATH, description);
   link.have_description = 1;
   return 1;
 }
@@ -142,7 +136,7 @@ Flag shl_link_set_description(const char *description) {
 Flag shl_link_set_working_directory(const char *directory) {
   trace_word("directory");
   if ((fail_steps & SHL_FAIL_WORKING_DIRECTORY) || !link_held || !directory) return 0;
-  copy_cut(link.directory, directory);
+  st_put(link.directory, KX_PATH, directory);
   link.have_directory = 1;
   return 1;
 }

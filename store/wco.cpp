@@ -86,14 +86,6 @@ char *heap_text(const char *text) {
   return copy;
 }
 
-// A path into a KX_PATH buffer, cut at KX_PATH - 1 characters.
-void copy_path(char *out, const char *path) {
-  size_t length = strlen(path);
-  if (length > KX_PATH - 1) length = KX_PATH - 1;
-  memcpy(out, path, length);
-  out[length] = 0;
-}
-
 // ---- Sorted arrays -----------------------------------------------------------------------------
 
 // Binary search by st_collate over count texts name(i). *place: the index found, or where the
@@ -952,7 +944,7 @@ Flag wco::load(ConfigStore *store, const char *path) {
     FAULT();
     return 0;
   }
-  copy_path(store->path, path);
+  st_put(store->path, KX_PATH, path);
   if (!file_exists(store->path)) return 0;
   FileObject *file = nullptr;
   if (!file_create(&file, store->path)) return 0;
@@ -987,12 +979,12 @@ Flag wco::save(ConfigStore *store, const char *path) {
   bool write = false;
   if (path) {
     char given[KX_PATH], old[KX_PATH];
-    copy_path(given, path);
-    copy_path(old, store->path);
+    st_put(given, KX_PATH, path);
+    st_put(old, KX_PATH, store->path);
     st_upper(given);
     st_upper(old);
     if (strcmp(given, old) != 0) write = true;
-    copy_path(store->path, path);
+    st_put(store->path, KX_PATH, path);
   }
   if (!store->path[0]) {
     FAULT();
@@ -1004,6 +996,44 @@ Flag wco::save(ConfigStore *store, const char *path) {
     if (store->sections[s]->modified) write = true;
   if (!write) return 1;
   return write_file(store);
+}
+
+Flag wco::readable(const char *path) {
+  if (!path) return 0;
+  FileObject *file = nullptr;
+  if (!file_create(&file, path)) return 0;
+  if (!file_open(file, FILE_READ_TEXT)) {
+    file_destroy(&file);
+    return 0;
+  }
+  char line[WCO_READ_SIZE];
+  Flag ok = 1, in_section = 0;
+  int32_t entries = 0;
+  while (ok && file_read_line(file, line, sizeof line)) {
+    for (const unsigned char *c = (const unsigned char *)line; *c; c++)
+      if (*c < 32 && *c != '\t') ok = 0;
+    if (!ok || !st_trim(line)) continue;
+    size_t length = strlen(line);
+    if (length >= 7 && strncmp(line, "BEGIN[", 6) == 0 && line[length - 1] == ']') {
+      line[length - 1] = 0;
+      char *name = line + 6;
+      in_section = st_trim(name) && strlen(name) <= WCO_NAME_MAX;
+      ok = in_section;
+      continue;
+    }
+    if (length >= 5 && strncmp(line, "END[", 4) == 0 && line[length - 1] == ']') {
+      in_section = 0;
+      continue;
+    }
+    char *equals = strchr(line, '=');
+    if (!equals) continue;
+    *equals = 0;
+    if (!st_trim(line)) continue;
+    ok = in_section && strlen(line) <= WCO_NAME_MAX;
+    entries++;
+  }
+  file_destroy(&file);
+  return ok && entries > 0;
 }
 
 Flag wco::save_always(ConfigStore *store, const char *path) {

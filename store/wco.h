@@ -201,6 +201,12 @@ Flag save(ConfigStore *store, const char *path);
 Flag save_always(ConfigStore *store, const char *path);
 // Sets the dirty flag, then save: the file is written in any case. Returns as save.
 
+Flag readable(const char *path);
+// 1 when the file at path is a configuration that load takes without a complaint and that
+// holds one entry at least: every entry inside a section, section names and keys of 1 to 40
+// characters, no control character other than a tab. 0 for a missing or unreadable file and
+// for anything else (a damaged file, another program's bytes). Shows nothing; a null path: 0.
+
 // ---- Sections ----------------------------------------------------------------------------------
 
 Flag select_section(ConfigStore *store, const char *name);

@@ -134,4 +134,30 @@ TEST(Strings, SearchAndWildcardsWithoutBacktracking) {
   for (const Row &r : rows) EXPECT_EQ(r.want, st_match(r.text, r.pattern)) << "row " << r.n;
 }
 
+TEST(Strings, PutAppendJoinIntoABufferOfKnownSize) {
+  // op: 'p' put, 'a' append to "ab", 'j' join "ab" + text + "/"; size: the buffer's bytes.
+  struct Row { int n; char op; size_t size; const char *text, *want; Flag whole; } rows[] = {
+      {1, 'p', 4, "abc", "abc", 1}, {2, 'p', 3, "abc", "ab", 0}, {3, 'p', 1, "abc", "", 0},
+      {4, 'p', 4, nullptr, "", 1}, {5, 'a', 5, "cd", "abcd", 1}, {6, 'a', 4, "cd", "abc", 0},
+      {7, 'a', 3, "", "ab", 1}, {8, 'j', 6, "cd", "abcd/", 1}, {9, 'j', 5, "cd", "abcd", 0},
+      {10, 'j', 6, nullptr, "ab/", 1}, {11, 'p', 0, "abc", "", 0}};
+  for (const Row &r : rows) {
+    char buffer[12];
+    memset(buffer, '#', sizeof buffer);
+    if (r.op == 'a') memcpy(buffer, "ab", 3);
+    Flag whole = r.op == 'p'   ? st_put(buffer, r.size, r.text)
+                 : r.op == 'a' ? st_append(buffer, r.size, r.text)
+                               : st_join(buffer, r.size, "ab", r.text, "/");
+    EXPECT_EQ(r.whole, whole) << "row " << r.n;
+    if (r.size > 0) {
+      EXPECT_EQ(std::string(r.want), buffer) << "row " << r.n;
+    }
+    EXPECT_EQ(std::string(sizeof buffer - r.size, '#'), std::string(buffer + r.size, sizeof buffer - r.size))
+        << "row " << r.n << ": written past the buffer";
+  }
+  char full[4] = {'a', 'b', 'c', 'd'};  // no NUL within the size: counts as full
+  EXPECT_EQ(0, st_append(full, sizeof full, "e"));
+  EXPECT_EQ(std::string("abc"), full);
+}
+
 }  // namespace

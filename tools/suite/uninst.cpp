@@ -3,6 +3,7 @@
 
 #include "common/file.h"
 #include "common/log.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "platform/inst_plat.h"
 #include "platform/reg.h"
@@ -14,13 +15,6 @@
 namespace {
 
 UninstallWhy why_hook;
-
-void copy_cut(char *destination, size_t size, const char *source) {
-  size_t n = 0;
-  while (n < size - 1 && source[n] != '\0') n++;
-  memmove(destination, source, n);
-  destination[n] = '\0';
-}
 
 Flag is_separator(char c) { return c == '\\' || c == '/'; }
 
@@ -66,7 +60,7 @@ void remove_file(Walk *walk, const char *path) {
   }
   if (walk->later != nullptr && walk->later(path)) return;
   UninstallCounts *counts = walk->counts;
-  if (counts->failed++ == 0) copy_cut(counts->first_failed, sizeof counts->first_failed, path);
+  if (counts->failed++ == 0) st_put(counts->first_failed, sizeof counts->first_failed, path);
   char why[200] = "nelze smazat";
   if (why_hook) why_hook(path, why, sizeof why);
   log_line("Nelze smazat %s: %s", path, why);
@@ -155,7 +149,7 @@ void count_kept(Walk *walk) {
 
 // root's parent directory: root cut after the separator before its last component.
 void parent_of(const char *root, char *parent, size_t size) {
-  copy_cut(parent, size, root);
+  st_put(parent, size, root);
   size_t n = strlen(parent);
   if (n > 0 && is_separator(parent[n - 1])) n--;
   while (n > 0 && !is_separator(parent[n - 1])) n--;
@@ -175,7 +169,7 @@ int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, Uninstal
     return UNINSTALL_NO_LIST;
   }
   char list_path[KX_PATH];
-  copy_cut(list_path, sizeof list_path, root);
+  st_put(list_path, sizeof list_path, root);
   if (strlen(list_path) + strlen(ULST_NAME) >= sizeof list_path) {
     ErrorBoxF("Chybná cesta/soubor nenalezen: %s", root);
     return UNINSTALL_NO_LIST;

@@ -1,0 +1,123 @@
+// inst_list.cpp - DISKLIST.LST read record by record, and the disk identification files.
+#include "installer/inst_list.h"
+
+#include "common/file.h"
+#include "common/st.h"
+#include "common/we.h"
+#include "installer/inst.h"
+#include "pack/ssc.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+const char INST_DISK_LIST[] = "DISKLIST.LST";
+const char INST_TEXT_NOT_FOUND[] = "Chybná cesta/soubor nenalezen: %s";
+
+namespace {
+
+const char TEXT_BAD_RECORD[] = "Chybný záznam v seznamu souborů: %s";
+
+enum { LINE_SIZE = 81 };
+
+// A name from the list that may be joined to a path: not empty, no path separator, drive
+// colon, parent reference or control character. The directory field may also be ".".
+Flag name_ok(const char *name, Flag directory) {
+  if (!name[0]) return 0;
+  if (directory && inst_list_is_root(name)) return 1;
+  if (strcmp(name, ".") == 0 || strstr(name, "..")) return 0;
+  for (const unsigned char *c = (const unsigned char *)name; *c; c++)
+    if (*c < 32 || *c == 127 || *c == '\\' || *c == '/' || *c == ':') return 0;
+  return 1;
+}
+
+}  // namespace
+
+Flag inst_list_is_root(const char *directory) {
+  return strcmp(directory, ILST_ROOT_DIRECTORY) == 0;
+}
+
+void inst_list_close(InstallState *state) {
+  if (state && state->list) file_destroy(&state->list);
+}
+
+Flag inst_list_rewind(InstallState *state) {
+  if (!state->list) {
+    if (!file_create(&state->list, INST_DISK_LIST)) return 0;
+    if (!file_exists(INST_DISK_LIST) || !file_open(state->list, FILE_READ_BINARY)) {
+      file_destroy(&state->list);
+      ErrorBoxF(INST_TEXT_NOT_FOUND, INST_DISK_LIST);
+      return 0;
+    }
+  }
+  unsigned char bytes[ILST_HEADER_SIZE];
+  if (!file_seek(state->list, 0, FILE_FROM_START) || file_size(state->list) < ILST_HEADER_SIZE ||
+      !file_read(state->list, bytes, ILST_HEADER_SIZE) ||
+      !ilst_decode_header(bytes, &state->header)) {
+    ErrorBoxF(INST_TEXT_NOT_FOUND, INST_DISK_LIST);
+    return 0;
+  }
+  state->records_read = 0;
+  return 1;
+}
+
+int16_t inst_list_next(InstallState *state) {
+  if (!state->list || state->records_read >= state->header.count) return 0;
+  int32_t at = file_tell(state->list);
+  int32_t size = file_size(state->list);
+  if (at < 0 || size < 0 || size - at < ILST_RECORD_SIZE) return 0;
+  unsigned char bytes[ILST_RECORD_SIZE];
+  ListRecord *record = &state->record;
+  if (!file_read(state->list, bytes, ILST_RECORD_SIZE) || !ilst_decode_record(bytes, record))
+    return 0;
+  state->records_read++;
+  const char *bad = !name_ok(record->name, 0)        ? record->name
+                    : !name_ok(record->stored, 0)    ? record->stored
+                    : !name_ok(record->directory, 1) ? record->directory
+                                                     : nullptr;
+  if (bad) {
+    // Control characters would reach the box as they are: show them as "?".
+    char shown[ILST_NAME_MAX + 1];
+    st_put(shown, sizeof shown, bad);
+    for (char *c = shown; *c; c++)
+      if ((unsigned char)*c < 32 || *c == 127) *c = '?';
+    ErrorBoxF(TEXT_BAD_RECORD, shown);
+    return -1;
+  }
+  return 1;
+}
+
+// Checks that the source holds disk current_disk by its identification file.
+Flag DiskIdFile(InstallState *state) {
+  char name[ILST_DISK_ID_NAME];
+  char path[KX_PATH];
+  if (current_disk < 0 || !ilst_disk_id_name((uint16_t)current_disk, name) ||
+      !st_join(path, sizeof path, state->source_path, name) || !file_exists(path)) {
+    ErrorBox("Nesprávná disketa");
+    return 0;
+  }
+  FileObject *file = nullptr;
+  if (!file_create(&file, path)) return 0;
+  if (!file_open(file, FILE_READ_TEXT)) {
+    file_destroy(&file);
+    return 0;
+  }
+  Flag ok = 1;
+  char line[LINE_SIZE];
+  while (file_read_line(file, line, sizeof line)) {
+    char keyword[LINE_SIZE];
+    if (!SplitFirstWord(line, keyword, sizeof keyword)) continue;
+    if (strcmp(keyword, "DISK:") == 0) {
+      int number = atoi(line);
+      if (number != current_disk + 1) {
+        ErrorBoxF("Nesprávné pořadové číslo diskety (%d)", number);
+        ok = 0;
+      }
+      continue;
+    }
+    ErrorBoxF("Neznámé klíčové slovo v souboru %s", path);
+    file_destroy(&file);
+    return 0;
+  }
+  file_destroy(&file);
+  return ok;
+}
