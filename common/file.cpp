@@ -2,6 +2,7 @@
 #include "common/file.h"
 
 #include "common/mm.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "platform/wtext.h"
 
@@ -51,18 +52,12 @@ unsigned char copy_buffer[FILE_COPY_BLOCK];
 const char *const stream_modes[] = {"", "rt", "w+t", "w+t", "r+t", "rb", "wb", "w+b", "r+b"};
 
 bool stream_mode(int16_t mode) { return mode >= 1 && mode <= 8; }
-bool text_mode(int16_t mode) { return mode >= 1 && mode <= 4; }
+// The modes that read text lines; mode 2, a text mode too, reads length-prefixed strings.
+bool line_mode(int16_t mode) { return mode == 1 || mode == 3 || mode == 4; }
 
 // fopen, except that "wb" goes through file_open_new_binary.
 FILE *open_stream(const char *path, const char *mode_text) {
   return strcmp(mode_text, "wb") == 0 ? file_open_new_binary(path) : wtext_fopen(path, mode_text);
-}
-
-void cut_copy(char *target, size_t size, const char *text) {
-  size_t n = strlen(text);
-  if (n >= size) n = size - 1;
-  memcpy(target, text, n);
-  target[n] = 0;
 }
 
 void track_open(const char *path, const char *mode_text, FILE *stream) {
@@ -73,7 +68,7 @@ void track_open(const char *path, const char *mode_text, FILE *stream) {
   if (!free_slot) {
     fprintf(statistics_log, "!!! Bylo otevreno vice nez %d souboru !!!\n", (int)FILE_TRACKED);
   } else if (stream) {
-    cut_copy(free_slot->path, sizeof free_slot->path, path);
+    st_put(free_slot->path, sizeof free_slot->path, path);
     free_slot->stream = stream;
   }
   if (!stream) fprintf(statistics_log, "!!! Neuspesne otevreni souboru %s\n", path);
@@ -223,7 +218,7 @@ Flag file_create(FileObject **result, const char *path) {
     OutOfMemoryError();
     return 0;
   }
-  cut_copy(file->path, sizeof file->path, path);
+  st_put(file->path, sizeof file->path, path);
   *result = file;
   return 1;
 }
@@ -458,7 +453,7 @@ Flag file_read_line(FileObject *file, char *buffer, int32_t size) {
     InternalError(MODULE, __LINE__);
     return 0;
   }
-  if (text_mode(file->mode)) {
+  if (line_mode(file->mode)) {
     char line[FILE_LINE_MAX + 2];
     int got = read_text_line(file->stream, line);
     if (got < 0) {
@@ -466,7 +461,7 @@ Flag file_read_line(FileObject *file, char *buffer, int32_t size) {
       return 0;
     }
     if (got == 0) return 0;
-    cut_copy(buffer, (size_t)size, line);
+    st_put(buffer, (size_t)size, line);
     return 1;
   }
   unsigned char head[8];
@@ -611,6 +606,13 @@ Flag file_copy_block(FileObject *destination, FileObject *source, int32_t offset
     return 0;
   }
   if (destination->mode == FILE_COUNT) {
+    // Forward by count; to offset + count when that lies beyond the present length.
+    int64_t end = (int64_t)offset + count;
+    if (offset >= 0 && end > destination->length && end <= INT32_MAX) {
+      destination->position = (int32_t)end;
+      destination->length = (int32_t)end;
+      return 1;
+    }
     destination->position += count;
     if (destination->position > destination->length) destination->length = destination->position;
     return 1;

@@ -154,18 +154,18 @@ Flag file_write_line(FileObject *file, const char *text);
 // Returns 1; 0 after the write message; a null text is an internal error: 0.
 
 Flag file_read_line(FileObject *file, char *buffer, int32_t size);
-// Text modes (1-4): reads one line of at most 199 characters and takes the line break after it
-// when it comes next; the line break (and a CR before it, see above) is not stored. A longer
+// Modes 1, 3 and 4 (text): reads one line of at most 199 characters and takes the line break
+// after it when it comes next; the line break (and a CR before it, see above) is not stored. A longer
 // line comes back in pieces of 199 characters over successive calls (a 300-character line as
 // 199, then 101 characters). The text goes into buffer cut at size - 1 characters, always
 // terminated.
 //   Returns 1 for a line (also an empty one, and the last line without a line break).
 //   Returns 0 with an empty buffer, and without a message, at the end of the file.
 //   Returns 0 after "Ze souboru %s nelze číst" when the stream fails.
-// Binary modes (5-8): reads a length-prefixed string as file_write_string writes it: an 8-byte
-// head whose second little-endian 32-bit word is the length, then that many bytes. A length
-// below 1 gives an empty string. A string of exactly size bytes loses its last byte so that the
-// buffer stays terminated.
+// Binary modes (5-8) and mode 2: reads a length-prefixed string as file_write_string writes
+// it: an 8-byte head whose second little-endian 32-bit word is the length, then that many
+// bytes. A length below 1 gives an empty string. A string of exactly size bytes loses its last
+// byte so that the buffer stays terminated.
 //   Returns 1. Returns 0 after "Ze souboru %s nelze číst" when the head or the bytes are not
 //   all there. A length above size is an internal error: 0, empty buffer, the position after
 //   the head.
@@ -232,8 +232,9 @@ Flag file_copy_block(FileObject *destination, FileObject *source, int32_t offset
 //     A failed seek of the source: internal error, 0. A block that cannot be read whole:
 //     "Chyba kopírování - čtení !", 0 (that block is not written; the blocks before it are).
 //     A block that cannot be written whole: "Chyba kopírování - zápis !", 0.
-//   Destination in mode 9: nothing is read; the destination's position moves forward by count
-//     and its size grows to the position when it lies beyond. Returns 1.
+//   Destination in mode 9: nothing is read; when offset + count lies beyond the destination's
+//     size, its position and size move to offset + count; otherwise its position moves forward
+//     by count and its size grows to the position when it lies beyond. Returns 1.
 //   A null object, a count below 0, a closed destination, a destination in the modes 10-14,
 //   or (for the stream modes) a source that is not open in a stream mode: internal error, 0.
 

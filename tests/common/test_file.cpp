@@ -150,6 +150,14 @@ TEST(FileLines, LengthPrefixedStringsInBinaryModes) {
     EXPECT_EQ(r.box, box_of(rec)) << "row " << r.n;
   }
   file_destroy(&f);
+  // Mode 2 writes text but reads strings, not lines.
+  FileObject *w = opened("s2.bin", 2);
+  char got[16] = "#";
+  ASSERT_EQ(1, file_write_string(w, "Vlož"));
+  ASSERT_EQ(1, file_seek(w, 0, FILE_FROM_START));
+  EXPECT_EQ(1, file_read_line(w, got, sizeof got));
+  EXPECT_EQ(std::string("Vlož"), got) << "mode 2";
+  file_destroy(&w);
 }
 
 TEST(FileMemory, CountingReadingAndWritingModes) {
@@ -215,9 +223,14 @@ TEST(FileCopy, BlocksOf512AndTheirMessages) {
   rec.clear();
   EXPECT_EQ(1, file_write(count, "12345", 5));
   EXPECT_EQ(1, file_seek(count, 1, FILE_FROM_START));
-  EXPECT_EQ(1, file_copy_block(count, in, 0, 1300));
-  EXPECT_EQ(1301, file_tell(count));
-  EXPECT_EQ(1301, file_size(count));
+  // Forward by count, or to offset + count when that lies beyond the size; rows in turn.
+  struct Counted { int32_t offset, count, tell, size; } counted[] = {
+      {0, 3, 4, 5}, {0, 1300, 1300, 1300}, {10, 5, 1305, 1305}};
+  for (const Counted &c : counted) {
+    EXPECT_EQ(1, file_copy_block(count, in, c.offset, c.count));
+    EXPECT_EQ(c.tell, file_tell(count)) << "offset " << c.offset << " count " << c.count;
+    EXPECT_EQ(c.size, file_size(count)) << "offset " << c.offset << " count " << c.count;
+  }
   EXPECT_EQ(1, file_copy_block(count, in, 0, 0));
   EXPECT_EQ(0u, rec.count()) << rec.dump();
   EXPECT_EQ(0, file_copy_block(out, in, 0, 1)) << "closed destination";
