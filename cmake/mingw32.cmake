@@ -14,5 +14,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # Test executables run under Wine; the wrapper sets up nothing itself, the test driver
-# (tests/run.sh) provides the prefix, the wineserver and the display.
+# (tests/wine-ctest.sh, with cmake/wine-env.sh) provides the prefix, the wineserver and the
+# display.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine-run.sh)
