@@ -1,5 +1,6 @@
 // cz.cpp - Czech and Slovak letters in the four encodings of the suite, diacritics, case.
 #include "common/cz.h"
+
 #include "common/we.h"
 
 #include <string.h>
