@@ -89,7 +89,7 @@ void pump(void) {
 
 // Paints the status text just set before a step of the current file when the file is large.
 void paint_before_long_step(void) {
-  if (dialog_set && dialog.paint && state_now && state_now->size >= INST_LONG_FILE)
+  if (dialog_set && dialog.paint && state_now && state_now->record.size >= INST_LONG_FILE)
     dialog.paint(dialog.context);
 }
 
