@@ -447,11 +447,11 @@ void sw_inst_run_unattended(const SetupSwitches *switches) { unattended = switch
 static void start_unattended(InstallerDialog *d) {
   const SetupSwitches *s = unattended;
   if (s->source[0]) {
-    copy_path(d->state->source_path, s->source);
+    st_put(d->state->source_path, KX_PATH, s->source);
     set_item_text(d, SW_INST_SOURCE, s->source);
   }
   if (s->target[0]) {
-    copy_path(d->state->target_path, s->target);
+    st_put(d->state->target_path, KX_PATH, s->target);
     set_item_text(d, SW_INST_TARGET, s->target);
   }
   if (s->desktop != SETUP_NOT_GIVEN) set_check(d, SW_INST_DESKTOP, s->desktop);
