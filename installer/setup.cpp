@@ -245,6 +245,7 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
   if (log_path[0] && !inside_tree(log_path, target)) log_open(log_path);
   log_start(argc, argv, &switches);
   int32_t code;
+  int32_t toolkit_code = 0;  // the dialog's run ends with the toolkit's result, as it always has
   if (!well_formed) {
     log_line("Chybný příkazový řádek: %s", switches.reason);
     if (switches.mode != SETUP_VERY_SILENT) ErrorBox(switches.reason);
@@ -265,14 +266,16 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
     } else {
       if (switches.mode == SETUP_SILENT) sw_inst_run_unattended(&switches);
       instmain_install();
-      app_run(instance, show_command);
+      toolkit_code = app_run(instance, show_command);
       instmain_release();
     }
     if (SUCCEEDED(com)) CoUninitialize();
     finish_options(&ifl_options);
     wco::release_system_store();  // keep this: its blocks would show as held in MMBIN.MM
     unatt_end();
-    code = unatt_exit_code();
+    // Started without /SILENT or /VERYSILENT, the program ends as it always has; the table of
+    // exit codes belongs to the unattended runs.
+    code = switches.mode == SETUP_INTERACTIVE ? toolkit_code : unatt_exit_code();
   }
   log_line("Konec, návratový kód %d", (int)code);
   log_close();
