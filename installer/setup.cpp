@@ -15,11 +15,13 @@
 //      is closed (with /SILENT the dialog runs by itself), or with /VERYSILENT the procedure
 //      without any window; then the options record is handed back, the process-wide
 //      configuration store is freed (before the memory statistics end, so that the log shows
-//      it given back), and the exit code says how the last install run ended
-//      (installer/unatt.h; 2 when none ran).
+//      it given back). Started with any of the switches, the exit code says how the last install
+//      run ended (installer/unatt.h; 2 when none ran), in the dialog as in the silent modes;
+//      started with none, it is the toolkit's result, as it always was.
 #include "common/cz.h"
 #include "common/log.h"
 #include "common/mm.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "installer/inst.h"
 #include "installer/instmain.h"
@@ -110,15 +112,16 @@ static const char HELP_TEXT[] =
     "                  výchozí %TEMP%\\KORVEX-SETUP.LOG\n"
     "/HELP, /?         tento přehled\n"
     "\n"
-    "Návratové kódy:\n"
+    "Návratové kódy (při spuštění s přepínači, v dialogu i v tichých režimech):\n"
     "0  nainstalováno\n"
     "1  chybný příkazový řádek, nic nebylo provedeno\n"
-    "2  instalace přerušena uživatelem\n"
+    "2  zrušeno uživatelem (odmítnutý dotaz, přerušení, dialog zavřen bez instalace)\n"
     "3  chyba při instalaci\n"
     "4  předchozí instalaci nelze odstranit\n"
     "5  neúplné instalační médium (chybí disketa nebo soubor)\n"
     "6  málo místa na disku\n"
-    "7  nainstalováno, ale některé soubory nebyly rozbaleny nebo byly vynechány\n";
+    "7  nainstalováno, ale některé soubory nebyly rozbaleny nebo byly vynechány\n"
+    "Spuštěn bez přepínačů končí program jako dosud výsledkem dialogu.\n";
 
 static const char DEFAULT_LOG[] = "KORVEX-SETUP.LOG";
 
@@ -182,8 +185,9 @@ static Flag log_full_path(const char *given, char *path) {
   return 1;
 }
 
-// The command line and the options in effect.
-static void log_start(int argc, char **argv, const SetupSwitches *s) {
+// The command line and the options in effect: those given, else the ones the dialog opens with
+// (the source: the directory of program).
+static void log_start(int argc, char **argv, const SetupSwitches *s, const char *program) {
   char line[LOG_LINE_SIZE];
   line[0] = 0;
   for (int i = 0; i < argc; i++) {
@@ -195,14 +199,18 @@ static void log_start(int argc, char **argv, const SetupSwitches *s) {
   log_line("Příkazový řádek: %s", line);
   static const char *const MODES[] = {"interaktivní", "tichý (/SILENT)",
                                       "velmi tichý (/VERYSILENT)"};
+  char source[KX_PATH];
+  st_put(source, sizeof source, s->source[0] ? s->source : program);
+  char *last = s->source[0] ? nullptr : strrchr(source, '\\');
+  if (last) last[1] = 0;
+  if (!s->source[0]) st_upper(source);
   log_line("Režim %s, /DIR=%s, /SOURCE=%s, /DESKTOP=%d, /QUICKLAUNCH=%d, /KEEPCONFIG=%d, "
            "protokol %s",
-           MODES[s->mode], s->target[0] ? s->target : "(výchozí)",
-           s->source[0] ? s->source : "(výchozí)", (int)s->desktop, (int)s->quick_launch,
+           MODES[s->mode], s->target[0] ? s->target : "C:\\KORV5\\", source,
+           (int)(s->desktop != 0), (int)unatt_quick_launch(s->quick_launch),
            (int)s->keep_config, log_file());
 }
 
-// ---- The main body ---------------------------------------------------------------------------
 // ---- The main body ---------------------------------------------------------------------------
 
 int32_t setup_main(void *instance, void *previous, const char *command_line, int32_t show_command);
@@ -243,7 +251,9 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
     if (!switches.log[0]) log_path[0] = 0;   // nothing may be written there
   }
   if (log_path[0] && !inside_tree(log_path, target)) log_open(log_path);
-  log_start(argc, argv, &switches);
+  char program[KX_PATH];
+  if (!plat_program_path(program, KX_PATH)) program[0] = 0;
+  log_start(argc, argv, &switches, program);
   int32_t code;
   int32_t toolkit_code = 0;  // the dialog's run ends with the toolkit's result, as it always has
   if (!well_formed) {
@@ -260,11 +270,9 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
     load_options(&ifl_options);
     HRESULT com = CoInitialize(nullptr);  // the folder browser and the shell links
     if (switches.mode == SETUP_VERY_SILENT) {
-      char program[KX_PATH];
-      if (!plat_program_path(program, KX_PATH)) program[0] = 0;
       unatt_install(&switches, program);
     } else {
-      if (switches.mode == SETUP_SILENT) sw_inst_run_unattended(&switches);
+      if (switches.given) sw_inst_run_unattended(&switches, switches.mode == SETUP_SILENT);
       instmain_install();
       toolkit_code = app_run(instance, show_command);
       instmain_release();
@@ -273,9 +281,9 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
     finish_options(&ifl_options);
     wco::release_system_store();  // keep this: its blocks would show as held in MMBIN.MM
     unatt_end();
-    // Started without /SILENT or /VERYSILENT, the program ends as it always has; the table of
-    // exit codes belongs to the unattended runs.
-    code = switches.mode == SETUP_INTERACTIVE ? toolkit_code : unatt_exit_code();
+    // Started without any of the switches, the program ends as it always has, with the
+    // toolkit's result; with one of them the exit code tells how the last install run ended.
+    code = switches.given ? unatt_exit_code() : toolkit_code;
   }
   log_line("Konec, návratový kód %d", (int)code);
   log_close();

@@ -437,13 +437,17 @@ static void set_heading_font(InstallerDialog *d) {
   SendMessageA(w, WM_SETFONT, (WPARAM)font, TRUE);
 }
 
-// The switches of a silent run, or null for a dialog the user drives.
+// The switches the dialog opens with (null: none), and whether it runs by itself (/SILENT).
 static const SetupSwitches *unattended;
+static Flag by_itself;
 
-void sw_inst_run_unattended(const SetupSwitches *switches) { unattended = switches; }
+void sw_inst_run_unattended(const SetupSwitches *switches, Flag silent) {
+  unattended = switches;
+  by_itself = switches && silent;
+}
 
-// A silent run: the switches go into the fields, and Start is pressed as soon as the dialog
-// takes messages. Quick launch is only ever checked when the system offers it.
+// The switches go into the fields; a silent run's Start is pressed as soon as the dialog takes
+// messages. Quick launch is only ever checked when the system offers it.
 static void start_unattended(InstallerDialog *d) {
   const SetupSwitches *s = unattended;
   if (s->source[0]) {
@@ -457,7 +461,8 @@ static void start_unattended(InstallerDialog *d) {
   if (s->desktop != SETUP_NOT_GIVEN) set_check(d, SW_INST_DESKTOP, s->desktop);
   if (s->quick_launch != SETUP_NOT_GIVEN)
     set_check(d, SW_INST_QUICK_LAUNCH, s->quick_launch && d->quick_launch_available);
-  PostMessageA((HWND)d->window, WM_COMMAND, MAKEWPARAM(SW_INST_START, BN_CLICKED), 0);
+  if (by_itself)
+    PostMessageA((HWND)d->window, WM_COMMAND, MAKEWPARAM(SW_INST_START, BN_CLICKED), 0);
 }
 
 Flag InstallerDialog::on_init() {
@@ -632,7 +637,7 @@ void InstallerDialog::run_install() {
     focus_item(this, SW_INST_START);
   }
   inst_close_lists(state);
-  if (unattended) end();   // a silent run closes by itself
+  if (by_itself) end();   // a silent run closes by itself
 }
 
 void InstallerDialog::end() {

@@ -125,11 +125,11 @@ class InstallerDialog : public Dialog {
   void *heading_font;                  // HFONT of item 1, null until opening
 };
 
-void sw_inst_run_unattended(const SetupSwitches *switches);
-// A silent run (/SILENT): when the dialog has opened, the given switches fill its fields and
-// check boxes (quick launch only where the system offers it), Start is pressed by itself, and
-// the dialog closes by itself after the run. Null (the default): the user drives the dialog.
-// The switches must stay until the dialog is gone.
+void sw_inst_run_unattended(const SetupSwitches *switches, Flag by_itself);
+// When the dialog has opened, the given switches fill its fields and check boxes (quick launch
+// only where the system offers it). by_itself 1 (/SILENT): Start is pressed by itself and the
+// dialog closes by itself after the run; 0: the user drives the dialog from there. Null (the
+// default): the dialog opens as it always has. The switches must stay until the dialog is gone.
 
 Flag sw_inst_open(InstallerDialog *dialog);
 // Builds the dialog's template and opens it modeless (dialog_open). 1 when the window exists.

@@ -60,6 +60,7 @@ Flag read_one(SetupSwitches *s, const char *argument) {
   for (const SwitchName &n : NAMES)
     if (same_name(body, length, n.name)) known = &n;
   if (!known) return 1;  // not ours: ignored, as the start-up always did
+  s->given++;
   const char *value = equals ? equals + 1 : nullptr;
   if (known->kind == SWITCH_MODE || known->kind == SWITCH_HELP) {
     if (value) {

@@ -26,6 +26,7 @@ enum { SETUP_REASON_SIZE = 200 };
 
 struct SetupSwitches {
   int16_t mode;                  // SETUP_INTERACTIVE, _SILENT or _VERY_SILENT
+  int16_t given;                 // how many switches of the list were given (also bad ones)
   Flag help;                     // /HELP or /?
   char target[KX_PATH];          // "" when not given; else with its trailing "\"
   char source[KX_PATH];          // "" when not given; else with its trailing "\"

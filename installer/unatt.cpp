@@ -155,13 +155,14 @@ void no_line(void *, int16_t, const char *) {}
 void no_pump(void *) {}
 void no_front(void *) {}
 
-// Whether the system offers the quick-launch folder, looked up as the dialog does.
-Flag quick_launch_offered(void) {
+// Whether the system offers the quick-launch folder, looked up as the dialog does (report: with
+// its box when the folder of application data is unknown).
+Flag quick_launch_offered(Flag report) {
   char data[KX_PATH], folder[KX_PATH];
   if (!reg_get_string(REG_ROOT_CURRENT_USER,
                       "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
                       "AppData", data, KX_PATH)) {
-    ErrorBox("Nelze zjistit adresář složky Data aplikací");
+    if (report) ErrorBox("Nelze zjistit adresář složky Data aplikací");
     return 0;
   }
   size_t n = strlen(data);
@@ -172,6 +173,8 @@ Flag quick_launch_offered(void) {
 
 }  // namespace
 
+int16_t unatt_quick_launch(int16_t given) { return given != 0 && quick_launch_offered(0); }
+
 Flag unatt_install(const SetupSwitches *switches, const char *program_path) {
   if (!switches) return 0;
   InstallState *state = inst_create_state(program_path ? program_path : "");
@@ -181,7 +184,7 @@ Flag unatt_install(const SetupSwitches *switches, const char *program_path) {
   if (switches->source[0]) strcpy(state->source_path, switches->source);
   if (switches->target[0]) strcpy(state->target_path, switches->target);
   state->desktop_icon = switches->desktop != 0;
-  Flag offered = quick_launch_offered();
+  Flag offered = quick_launch_offered(1);
   state->quick_launch_icon = offered && switches->quick_launch != 0;
   unatt_run_begin(state);
   Flag ok = InstallProcedure(state);

@@ -58,6 +58,10 @@ Flag unatt_install(const SetupSwitches *switches, const char *program_path);
 // system offers its folder (read as the dialog reads it) unless /QUICKLAUNCH=0. Progress goes to
 // the log only. Returns the procedure's result (0 also when the state can't be made).
 
+int16_t unatt_quick_launch(int16_t given);
+// The quick-launch option in effect for the /QUICKLAUNCH value given (0, 1 or SETUP_NOT_GIVEN):
+// 1 when it is not 0 and the system offers the quick-launch folder; looked up without a box.
+
 void unatt_log_file(const char *source, const char *target, uint32_t size);
 // One installed file in the log: source, target and size in bytes.
 
