@@ -8,6 +8,9 @@
 // silent mode always writes, by default to %TEMP%\KORVEX-UNINSTAL.LOG. Every file that could
 // not be deleted is named in the log, and in the box when one is shown, with the reason.
 //
+// The running program and its EXE directory go at the next start of Windows, but with "-r": the
+// installer then writes the new installation's uninstaller in its place.
+//
 // Exit codes: 0 done, 1 list missing or unreadable, 2 the user said No, 3 some files could not
 // be deleted (uninst.h).
 #include "common/log.h"
@@ -26,14 +29,21 @@
 namespace {
 
 char own_program[KX_PATH];
+Flag replacing;   // "-r": the installer writes a new installation here as soon as we are done
 
 // The running program can't delete itself: it goes at the next start of Windows, and so does
-// its directory when that is empty by then.
+// its directory when that is empty by then. Not so when the installer replaces the
+// installation: the new uninstaller takes this one's place, and a deletion left for the next
+// start would take the new one.
 Flag delete_later(const char *path) {
   wchar_t wide[WTEXT_PATH], own[WTEXT_PATH];
   if (!wtext_in(path, wide, WTEXT_PATH) || !wtext_in(own_program, own, WTEXT_PATH) ||
       lstrcmpiW(wide, own) != 0)
     return 0;
+  if (replacing) {
+    log_line("%s zůstává: nahradí ho nová instalace", path);
+    return 1;
+  }
   if (!MoveFileExW(wide, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT)) return 0;
   wchar_t *last = wcsrchr(wide, L'\\');
   if (last != nullptr) {
@@ -106,7 +116,7 @@ int main(int, char **) {
   for (int i = 1; i < argc; i++) {
     const char *rest = nullptr;
     if (argv[i] == nullptr) continue;
-    if (strcmp(argv[i], "-r") == 0 || strcmp(argv[i], "-R") == 0) ask = 0;
+    if (strcmp(argv[i], "-r") == 0 || strcmp(argv[i], "-R") == 0) ask = 0, replacing = 1;
     else if ((is_switch(argv[i], "SILENT", &rest) || is_switch(argv[i], "S", &rest)) && !rest[0])
       silent_mode = 1, ask = 0;
     else if (is_switch(argv[i], "LOG=", &rest) && rest[0])
