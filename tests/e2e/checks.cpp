@@ -155,7 +155,8 @@ std::string narrow(const wchar_t *text) {  // 1250; "<not 1250>" for what 1250 c
   return n <= 0 || lost ? std::string("<not 1250>") : std::string(buf);
 }
 
-// The registry: a REG_SZ value; *why tells what is wrong (missing, type, length). Read through
+// The registry: a REG_SZ value, or a REG_DWORD one as "#N"; *why tells what is wrong (missing,
+// type, length). Read through
 // the wide calls: the UTF-16 value as the registry holds it, whatever the ANSI code page of the
 // check or of the install was.
 std::string reg_text(HKEY root, const std::string &key, const char *value, std::string *why) {
@@ -174,6 +175,8 @@ std::string reg_text(HKEY root, const std::string &key, const char *value, std::
     *why = std::string("no value ") + (value ? value : "(default)") + " in " + key;
     return std::string();
   }
+  DWORD number = 0;
+  if (type == REG_DWORD && size == 4) return "#" + std::to_string(*(DWORD *)memcpy(&number, buf, 4));
   size_t units = wcsnlen(buf, size / 2);
   if (type != REG_SZ) *why = "type " + std::to_string(type) + " instead of REG_SZ; ";
   if (size != 2 * (units + 1)) *why += "length " + std::to_string(size) + " instead of " + std::to_string(2 * (units + 1));
@@ -650,6 +653,8 @@ TEST(Install, Shortcuts) {
 TEST(Install, RegistryValues) {
   Expect e = expect_from_env();
   std::string prog = program_dir(e), open = prog + "KORV5.EXE \"%1\"";
+  uint64_t bytes = 0;
+  for (const Record &r : e.list.records) bytes += r.size;
   const struct {
     HKEY root;
     std::string key;
@@ -660,6 +665,13 @@ TEST(Install, RegistryValues) {
       {HKEY_LOCAL_MACHINE, kAppPathKey, "Path", strip_slash(prog)},
       {HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName", "KORVEX V5.003-016"},
       {HKEY_LOCAL_MACHINE, kUninstallKey, "UninstallString", prog + "UNINSTAL.EXE"},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayVersion", "5.003-016"},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "InstallLocation", e.target},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayIcon", prog + "KORV5.EXE,0"},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "EstimatedSize", "#" + std::to_string((bytes + 1023) / 1024)},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "NoModify", "#1"},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "NoRepair", "#1"},
+      {HKEY_LOCAL_MACHINE, kUninstallKey, "QuietUninstallString", "\"" + prog + "UNINSTAL.EXE\" /SILENT"},
       {HKEY_CLASSES_ROOT, ".d32", nullptr, "d32_file"},
       {HKEY_CLASSES_ROOT, ".s32", nullptr, "s32_file"},
       {HKEY_CLASSES_ROOT, ".l32", nullptr, "l32_file"},
@@ -720,6 +732,8 @@ TEST(Install, FunctionList) {
   CloseHandle(pi.hThread);
   EXPECT_EQ(0u, code);
   EXPECT_TRUE(got == read_file(dir + "\\PFU_LIST.PFU")) << "PFU_LIST.PFU differs from a run of KORV5.EXE $f";
+  DeleteFileA((dir + "\\PFU_LIST.PFU").c_str());  // nothing left for a snapshot taken later
+  RemoveDirectoryA(dir.c_str());
 }
 
 // ---- an install that stopped ----------------------------------------------------------------

@@ -42,8 +42,15 @@ export TITLE="Instalace návrhového systému pro elektroniku KORVEX"
 
 scenarios() {
   cat <<'EOF'
-fresh_packed   | full --flat --packed --level 9 | quick | - | open+install+target+done | 0 | Install
-fresh_plain    | full --flat --plain | plain | - | open+install+target+done | 0 | Install
+fresh_packed   | full --flat --packed --level 9 | quick | - | open+install+target+done | 0 | snapshot dialog; Install
+# The same medium very silent in a fresh prefix: no window shows, the prefix ends as the dialog
+# left it, the log names every file. The uninstaller's silent mode then leaves nothing.
+fresh_packed   | = | quick | snapshot before; watch | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" | 0
+               | windows none; snapshot silent; compare silent 0 dialog; logged_files; Install
+fresh_packed   | = | - | design | !'C:\KORV5\EXE\UNINSTAL.EXE' /SILENT "/LOG=$RUNLOG" | 0 | restart; snapshot after; compare after 0
+fresh_plain    | full --flat --plain | plain | - | open+install+target+done | 0 | snapshot dialog; Install
+fresh_plain    | = | plain | watch | !"$M1/SETUP.EXE" /SILENT "/LOG=$RUNLOG" | 0
+               | windows shown; snapshot silent; compare silent 0 dialog; logged_files; Install
 # A signed medium shipped as a CD image, installed from drive D: of type cdrom; the installed
 # KORV5.EXE carries a signature that verifies against the throwaway certificate.
 cdrom_signed   | signed --packed --sign "sh $sdir/ca/sign.sh {}" --iso "$sdir/korvex.iso" | quick | cd_drive
@@ -130,6 +137,27 @@ czech_target   | = | quick | ROBOT_LC=C.UTF-8 | open+install+target+done TARGET=
 # before but for the design.
 roundtrip      | demo | quick | snapshot before | open+install+target+done | 0 | design; snapshot installed; compare installed 1
 roundtrip      | - | - | - | uninstall | 0 | restart; snapshot after; compare after 0
+# An earlier installation replaced very silently, its configuration taken over or not; the new
+# uninstaller stays after the next start of Windows. A file held open during a silent uninstall.
+unattended     | full --flat --packed | quick | - | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" | 0 | Install
+unattended     | = | - | other_libraries | !"$M1/SETUP.EXE" /VERYSILENT /KEEPCONFIG=1 "/LOG=$RUNLOG" | 0
+               | restart; Install LIBROOT='E:\JINAM\' NAVRHY='E:\JINAM\Navrhy'
+unattended     | = | - | other_libraries | !"$M1/SETUP.EXE" /VERYSILENT /KEEPCONFIG=0 "/LOG=$RUNLOG" | 0 | restart; Install
+unattended     | = | - | hold 'C:\KORV5\DATA.BIN' | !'C:\KORV5\EXE\UNINSTAL.EXE' /SILENT "/LOG=$RUNLOG" | 3
+               | release; logged 'Nelze smazat C:\KORV5\DATA.BIN: soubor je používán jiným programem'
+# Exit codes: a question declined in the dialog started with a switch (2); malformed switches
+# (1, nothing written; the reason in a box unless very silent); a damaged packed file (7); a
+# full target disk (the faults' D:); a floppy set without disk 2 (5).
+unattended_faults | full --flat --packed | quick | old_file; switched
+               | @open_s+target+overwrite_no+@failed_s ARG1="/LOG=$RUNLOG" ARG2="/SOURCE=$(winpath "$M1")\\" SOURCE="$(winpath "$M1")\\" | 0
+               | Stopped INSTLIST=none FOREIGN=DATA.BIN EXISTING=DATA.BIN
+unattended_faults | = | quick | snapshot before | refused | 0 | bad_switches; snapshot after; compare after 0
+unattended_faults | = | - | variant 1; head -c 5000 /dev/urandom >"$M/$DATA" | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" | 7
+               | logged "$unzip_error"; recorded 'C:\KORV5\'
+unattended_faults | big --flat --plain | plain | drives; edit VELKY.BIN:size=1000 | !"$M1/SETUP.EXE" /VERYSILENT '/DIR=D:\KORV5\' "/LOG=$RUNLOG" | 6
+               | logged 'plný disk'; Stopped STOP=VELKY.BIN AHEAD=VELKY.BIN INSTLIST=any TARGET='D:\KORV5\'
+unattended_faults | floppies --packed --capacity $(capacity 1600000) | - | floppy_source | !"$sdir/setup/SETUP.EXE" /VERYSILENT "/SOURCE=$FLOPPY" "/LOG=$RUNLOG" | 5
+               | logged 'Vlož DISK2'
 # The guarded memory mode over a whole install: the log MMBIN.MM in the current directory.
 guarded_memory | full --flat --packed | quick | memory_script | @open_m+install+target+done | 0 | present 'C:\KORV5\EXE\KORV5.EXE'; memory_log; MemoryLog SAVED="$(winpath "$sdir/cwd/MMBIN.MM")"
 EOF
@@ -359,7 +387,7 @@ row() {
   say "== $step: $spec"
   case $recipe in -|=) ;; *) medium "$recipe" || { fail "step $step: the medium $recipe"; return; } ;; esac
   case $prefix in -) ;; *) fresh_prefix "$prefix" || { fail "step $step: no prefix"; return; } ;; esac
-  SETUP="" SOURCE="" RUN_DIR="" ROBOT_LC=$LC_ALL skip=0 ROBOT_ARGS=()
+  SETUP="" SOURCE="" RUN_DIR="" ROBOT_LC=$LC_ALL skip=0 ROBOT_ARGS=() RUNLOG=$(winpath "$sdir/$step.log")
   # A row that goes on from a row left out (same medium, same prefix) is left out too.
   [ "$recipe$prefix" = "=-" ] && [ "$skipped" = 1 ] && return
   skipped=0
@@ -671,11 +699,13 @@ snapshot() {
   [ "$rc" = 0 ] || fail "step $step: snapshot $1 (exit $rc)"
 }
 
-# compare NAME CODE: the snapshot before against NAME, with the user's design kept; CODE 1: the
-# compare must fail and show what an install makes, 0: nothing else changed.
+# compare NAME CODE [BASE]: the snapshot BASE (before) against NAME, with the user's design kept
+# when one was saved; CODE 1: the compare must fail and show what an install makes, 0: nothing
+# else changed.
 compare() {
-  local log=$sdir/$step-compare-$1.txt rc what
-  python3 "$here/snapshot.py" compare "$sdir/before.gz" "$sdir/$1.gz" --kept 'C:\KORV5\Navrhy\MUJ.D32' >"$log" 2>&1
+  local log=$sdir/$step-compare-$1.txt rc what kept=()
+  [ -f "$sdir/design.d32" ] && kept=(--kept 'C:\KORV5\Navrhy\MUJ.D32')
+  python3 "$here/snapshot.py" compare "$sdir/${3:-before}.gz" "$sdir/$1.gz" "${kept[@]}" >"$log" 2>&1
   rc=$?
   sed 's/^/   /' "$log" | tail -"$((30 - 29 * $2))"
   [ $rc = "$2" ] || fail "step $step: compare before and $1: exit $rc, not $2 (see $log)"
@@ -686,9 +716,80 @@ compare() {
         'new F .*/Quick Launch/KORVEX.lnk ' 'new F .*/Start Menu/Programs/KORVEX/'; do
       grep -qi "^  $what" "$log" || fail "step $step: the compare does not show: $what"
     done
-  else
+  elif [ ${#kept[@]} != 0 ]; then
     cmp -s "$C/KORV5/Navrhy/MUJ.D32" "$sdir/design.d32" || fail "step $step: the user's design changed"
   fi
+}
+
+# watch: xev records the X server's top-level windows from now on; windows none|shown: none of
+# them was mapped since, or one was. Each waits until xev has seen a change of a property of the
+# root window made after what went before, so that it has seen all that went before.
+watch() {
+  xev -root -event substructure -event property >"$sdir/$step-xev.txt" 2>&1 &
+  xev_pid=$!
+  cleanups+=("kill $xev_pid 2>/dev/null")
+  xev_seen
+}
+xev_seen() {
+  local n i
+  n=$(grep -c KX_E2E_SYNC "$sdir/$step-xev.txt")
+  for i in $(seq 1 300); do
+    xprop -root -f KX_E2E_SYNC 8s -set KX_E2E_SYNC "$i" && sleep 0.1
+    [ "$(grep -c KX_E2E_SYNC "$sdir/$step-xev.txt")" -gt "$n" ] && return 0
+  done
+  fail "step $step: xev does not report the root window's changes"
+  return 1
+}
+windows() {
+  xev_seen && kill $xev_pid
+  local maps
+  maps=$(grep -c '^MapNotify' "$sdir/$step-xev.txt")
+  [ "$1" = none ] && [ "$maps" != 0 ] && fail "step $step: $maps window(s) shown (see $sdir/$step-xev.txt)"
+  [ "$1" = shown ] && [ "$maps" = 0 ] && fail "step $step: no window shown"
+  say "   top-level windows shown: $maps"
+}
+
+# logged TEXT...: the row's log ($RUNLOG) holds each text; logged_files: the target path of each
+# file of the medium's list, as a file installed.
+logged() { local t; for t in "$@"; do grep -qF -- "$t" "$sdir/$step.log" || fail "step $step: the log lacks: $t"; done; }
+logged_files() {
+  local name dir
+  while IFS=$'\t' read -r name _ dir _ _; do
+    [ "$dir" = . ] && dir="" || dir="$dir\\"
+    logged " -> $TARGET$dir$name ("
+  done < <(list_records "$M1")
+}
+
+# hold C:\FILE: the stand-in program holds FILE open without sharing until release.
+hold() {
+  cp "$win/tests/e2e/kx_e2e_stub0.exe" "$sdir/hold.exe" && rm -f "$sdir/hold.exe."*
+  wine "$sdir/hold.exe" --hold "$1" >"$sdir/hold.txt" 2>&1 </dev/null &
+  hold_pid=$!
+  cleanups+=("touch '$sdir/hold.exe.END'")
+  until [ -f "$sdir/hold.exe.RAN" ]; do
+    kill -0 $hold_pid 2>/dev/null || { fail "step $step: the holder ended"; return 1; }
+    sleep 0.1
+  done
+}
+release() { touch "$sdir/hold.exe.END" && wait $hold_pid; }
+
+# switched: SETUP started with ${ARG1} ${ARG2} (@open_s), its failed run ending with 2 (@failed_s).
+switched() {
+  sed 's/^start \${SETUP}$/start ${SETUP} ${ARG1} ${ARG2}/' "$here/open.kxr" >"$sdir/open_s.kxr"
+  sed 's/^wait-exit 0 /wait-exit 2 /' "$here/failed.kxr" >"$sdir/failed_s.kxr"
+}
+# bad_switches: each malformed switch ends a very silent SETUP with 1, its reason in the log.
+bad_switches() {
+  local long a n=0 rc
+  long=$(printf 'A%.0s' $(seq 1 1100))
+  for a in /DESKTOP=2 /DIR=KORV5 "/DIR=C:\\$long" /QUICKLAUNCH=ano /KEEPCONFIG= '/LOG=C:\KORV5\SETUP.LOG'; do
+    n=$((n + 1))
+    (cd "$sdir" && wine "$M1/SETUP.EXE" /VERYSILENT "/LOG=$(winpath "$sdir/bad$n.log")" "$a" >"$sdir/bad$n.txt" 2>&1 </dev/null)
+    rc=$?
+    [ $rc = 1 ] || fail "step $step: SETUP ${a:0:40} ended with $rc, not 1"
+    [ $n = 6 ] || grep -q 'Chybný příkazový řádek: Chybný přepínač' "$sdir/bad$n.log" || fail "step $step: no reason in $sdir/bad$n.log"
+  done
+  absent 'C:\KORV5'
 }
 
 # SETUP "$m" from the directory $sdir/cwd, where it writes its log MMBIN.MM.

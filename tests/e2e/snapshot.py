@@ -8,7 +8,7 @@
                                          with --kept and the directories that hold them
 
 A snapshot (gzip, one line an item, sorted) holds every file of the prefix (path, size,
-SHA-1), every directory and symbolic link (not followed), and every registry key and value of
+SHA-1; a shortcut's without the times it keeps, link_hash), every directory and symbolic link (not followed), and every registry key and value of
 system.reg, user.reg and userdef.reg. Wine's time stamps of the keys (the number after the
 key's name, "#time=") are left out: they change whenever Wine saves a key, whatever it holds.
 """
@@ -69,6 +69,29 @@ def file_hash(path):
     return h.hexdigest()
 
 
+def link_hash(path):
+    """SHA-1 of a shortcut without the times it keeps of its target's folders and file: they
+    tell when the install ran, not what it made. Zeroed: the header's three times, and in each
+    file item of the item list its time and the creation and access times of its extension."""
+    with open(path, 'rb') as f:
+        data = bytearray(f.read())
+    if data[:4] != b'L\0\0\0' or len(data) < 78:
+        return file_hash(path)
+    data[28:52] = bytes(24)
+    at = 78 if data[20] & 1 else len(data)
+    while at + 2 <= len(data):
+        size = int.from_bytes(data[at:at + 2], 'little')
+        if size < 2:
+            break
+        if size >= 16 and data[at + 2] & 0x70 == 0x30:
+            data[at + 8:at + 12] = bytes(4)
+            ext = int.from_bytes(data[at + size - 2:at + size], 'little')
+            if 14 <= ext <= size - 18:
+                data[at + ext + 8:at + ext + 16] = bytes(8)
+        at += size
+    return hashlib.sha1(data).hexdigest()
+
+
 def files_of(prefix):
     """Lines F/D/L of the prefix's tree; paths relative to it with '/'."""
     out = []
@@ -90,7 +113,8 @@ def files_of(prefix):
             elif rel == 'wineserver':
                 continue  # the server's lock of the prefix: there while a server runs
             else:
-                out.append('F\t%s\t%d\t%s' % (rel, os.path.getsize(p), file_hash(p)))
+                hashed = link_hash(p) if f.lower().endswith('.lnk') else file_hash(p)
+                out.append('F\t%s\t%d\t%s' % (rel, os.path.getsize(p), hashed))
     return out
 
 
