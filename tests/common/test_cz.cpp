@@ -47,7 +47,7 @@ TEST(CodePages, StripAndCaseResults) {
   // The single-byte routines get a byte followed by one they would change: it must stay.
   struct Row { int n; Flag (*f)(char *); const char *in, *out; int ret; } rows[] = {
       {1, cz_lower, "\xE1", "\xE1", 1}, {2, cz_lower, "a", "a", 0},  // already small, found: 1
-      {3, cz_lower, "K\xD8\xCD\x8EX 1", "k\xF8\xED\x9Ex 1", 1}, {4, cz_upper, "\xC1", "\xC1", 1},
+      {3, cz_lower, "K\xD8\xCD\x8EZ 1", "k\xF8\xED\x9Ez 1", 1}, {4, cz_upper, "\xC1", "\xC1", 1},
       {5, cz_upper, "a\xBE\x9D\xE4\xF6", "A\xBC\x8D\xE4\xF6", 1},  // ä ö: no Czech letters
       {6, cz_upper, "12 \xA7", "12 \xA7", 0}, {7, cz_strip, "abc \xE4", "abc \xE4", 0},
       {8, cz_strip, "\xC8\xE1p", "Cap", 1}, {9, cz_strip_kbcs, "\x87\x80\x9C\x93", "cCLo", 1},

@@ -192,6 +192,7 @@ TEST(FileMemory, CountingReadingAndWritingModes) {
   EXPECT_EQ(0, file_read(f, got, 3));
   EXPECT_EQ("EF", std::string(got, 2));
   EXPECT_EQ(0, file_seek(f, 7, FILE_FROM_START));
+  EXPECT_EQ(1, file_seek(f, 6, FILE_FROM_START)) << "the end of the memory is a position";
   EXPECT_EQ(0, file_read_line(f, got, 4)) << "no lines in memory modes";
   file_destroy(&f);
   ASSERT_EQ(6u, rec.count()) << rec.dump();

@@ -40,6 +40,7 @@ TEST(Strings, Comparisons) {
       {1, cmp, "abc", "abd", -1}, {2, cmp, "abc", "abc", 0}, {3, cmp, "ab", "abc", -1},
       {4, cmp, "é", "a", -1}, {5, cmp, "", "\x80", 1}, {6, cmp, "xé", "xa", 1},  // first bytes signed, then not
       {7, right, "9", "12", -1}, {8, right, "12", "9", 1}, {9, right, "12", "12", 0}, {10, right, "ab", "b", 1},
+      {51, right, "a", "!a", -1},  // padded with blanks, which sort before "!"
       {11, right, a80 + "x", a80 + "y", 0}, {12, right, a80.substr(1) + "x", a80.substr(1) + "y", -1},
       {13, same, "Žluťoučký  kůň", " zlutoucky Kun ", 1}, {14, same, "abc", "abd", 0}, {15, same, "a b", "ab", 0},
       {16, same, "a\tb", "a b", 0}, {17, same, "", "  ", 1}, {18, same, a80 + "x", a80 + "y", 1},

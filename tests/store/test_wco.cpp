@@ -173,7 +173,7 @@ TEST(WcoTyped, TextsParsed) {
     EXPECT_EQ(r.want.empty() ? -1 : (int32_t)r.want.size(), count) << "row " << r.n;
     mm_free(values, MM_HERE);
   }
-  wco::set_text(s, "v", "ff, 1G");  // bytes: hexadecimal, the list ends at "G"
+  wco::set_text(s, "v", "fF, 1G");  // bytes: hexadecimal, the list ends at "G"
   uint8_t *bytes = nullptr;
   int32_t count = 0;
   ASSERT_EQ(1, wco::get_byte_list(s, "v", &bytes, &count));
