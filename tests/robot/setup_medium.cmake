@@ -2,7 +2,7 @@
 #   cmake -DRUN=wine-run.sh -DMKMEDIUM=mkmedium.exe -DKORV5=KORV5.exe -DCONFIG=CONFIG.exe
 #         -DUNINSTAL=UNINSTAL.exe -DOUT=dir -P setup_medium.cmake
 # OUT/payload is the installed tree (the suite's programs: the install runs the main one with
-# "$f" and links the configuration program; a few libraries and designs, and 400 small designs
+# "$f" and links the configuration program; a few libraries and designs, and 2,000 small designs
 # so that an install copies for a while after the abort button is clicked), OUT/medium the
 # packed medium made of it by mkmedium.
 file(REMOVE_RECURSE "${OUT}")
@@ -16,7 +16,7 @@ foreach(name IN ITEMS ZAKLAD IO KONEKTOR ANALOG DIGITAL)
   file(WRITE "${OUT}/payload/SLIB/${name}.S32" "${name}\r\n${library}")
   file(WRITE "${OUT}/payload/LLIB/${name}.L32" "${name}\r\n${library}${library}")
 endforeach()
-foreach(i RANGE 1 400)
+foreach(i RANGE 1 2000)
   file(WRITE "${OUT}/payload/PRIKLADY/N${i}.D32" "KX900 Design file \r\nNAVRH N${i}\r\n")
 endforeach()
 foreach(name IN ITEMS ZESIL NAPAJEC)
