@@ -7,10 +7,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Installs box and dialog hooks that show nothing (every question answers "No") and counts the
-// boxes. Call once from LLVMFuzzerInitialize.
+// Installs box and dialog hooks that show nothing (every question answers "No"). Call once from
+// LLVMFuzzerInitialize.
 void fuzz_silence(void);
-long fuzz_box_count(void);
 
 // The directory for the target's own files, with "/" at the end: the current directory, which
 // run.sh makes afresh for every run.

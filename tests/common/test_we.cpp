@@ -10,9 +10,6 @@ using kxtest::BoxRecorder;
 
 namespace {
 
-const unsigned kExclamation = WE_MB_OK | WE_MB_ICONEXCLAMATION | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
-const unsigned kStop = WE_MB_OK | WE_MB_ICONSTOP | WE_MB_TASKMODAL | WE_MB_SETFOREGROUND;
-
 TEST(ErrorBoxes, FormattedTextCutAt199AndFaultBodyAt99) {
   // fault: the text is the module name of an internal error, whose body is cut at 99
   struct Row { int n; bool fault; size_t length; } rows[] = {

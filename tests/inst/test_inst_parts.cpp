@@ -106,5 +106,3 @@ TEST_F(InstallTest, LongPathsAreRefusedNotOverrun) {
 #endif
 }
 
-#ifndef KX_WIN32
-#endif

@@ -31,7 +31,6 @@ namespace {
 const char SHELL_FOLDERS[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 const int16_t HKCR = REG_ROOT_CLASSES, HKCU = REG_ROOT_CURRENT_USER,
               HKLM = REG_ROOT_LOCAL_MACHINE;
-const char MAIN_DESCRIPTION[] = "KORVEX - Návrhový systém pro elektroniku 5.003-016";
 const char APP_PATH[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\AppPaths\\KORV5.EXE";
 const char UNINSTALL[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\KORVEX";
 
@@ -109,8 +108,6 @@ class ShellSteps : public InstallTest {
     for (auto it = keys.rbegin(); it != keys.rend(); ++it) created_.push_back({root, *it});
   }
 
-  std::string dump_boxes() const { return boxes_.dump(); }
-
 #ifndef KX_WIN32
   void write_program(const std::string &path, const std::string &text, mode_t mode = 0755) {
     write_local(local(path), text);
@@ -118,33 +115,11 @@ class ShellSteps : public InstallTest {
   }
 #endif
 
-  // Every key the later steps make, removed when the case ends.
-  void created_all() {
-    created(HKLM, {"SOFTWARE\\KORV\\KORVEX\\5", "SOFTWARE\\KORV\\KORVEX", "SOFTWARE\\KORV"});
-    created(HKLM, {UNINSTALL, APP_PATH});
-    created(HKCR, class_keys(".d32", ".s32", ".l32"));
-  }
-
-  void expect_current_directory(const std::string &path, int n) {
-    char here[KX_PATH];
-    ASSERT_EQ(1, plat_current_directory(here, sizeof here)) << "row " << n;
-    EXPECT_EQ(fs::canonical(local(path)), fs::canonical(local(here))) << "row " << n;
-  }
-
   // Exactly the one box with this text, or none for null.
   void expect_box(const char *box, int n) {
-    ASSERT_EQ(box ? 1u : 0u, boxes_.count()) << "row " << n << dump_boxes();
+    ASSERT_EQ(box ? 1u : 0u, boxes_.count()) << "row " << n << boxes_.dump();
     if (box) {
       EXPECT_EQ(box, boxes_.only().text) << "row " << n;
-    }
-  }
-
-  // Deleting the recorded keys in list order always meets a key without sub-keys.
-  static void delete_in_order(const Records &records) {
-    for (const auto &r : records) {
-      if (r.first == 2 || r.first == 3) {
-        EXPECT_EQ(1, reg_delete_key(r.first == 2 ? HKCR : HKLM, r.second.c_str())) << r.second;
-      }
     }
   }
 
@@ -225,25 +200,6 @@ namespace {
 
 class ShellRecords : public ShellSteps {
  protected:
-  // Runs an install of no files; the later steps find the programs already in EXE.
-  Records run_empty() {
-    write_medium(Medium());
-#ifndef KX_WIN32
-    // The main program as the function-list step starts it: writes PFU_LIST.PFU and ends.
-    write_program(exe_ + "KORV5.EXE",
-                  "#!/bin/sh\n[ \"$1\" = '$f' ] && echo PFU > PFU_LIST.PFU\nexit 0\n");
-#endif
-    created_all();
-    EXPECT_EQ(1, run()) << dump_asked();
-    inst_close_lists(state_);
-    Records all = uninstall_records();
-    // The procedure's own records end with SYSTEM.WCO.
-    size_t at = 0;
-    while (at < all.size() && all[at] != Records::value_type{0, target_ + "EXE\\SYSTEM.WCO"}) at++;
-    EXPECT_LT(at, all.size()) << dump_records();
-    return Records(all.begin() + (at < all.size() ? at + 1 : at), all.end());
-  }
-
   Records later_records(bool desktop, bool quick, bool function_list) const {
     const std::string group = programs_ + "\\KORVEX";
     Records r = {{1, group},
@@ -305,5 +261,4 @@ TEST_F(ShellRecords, FailuresStillRecordAndTheInstallSucceeds) {
   want.push_back("Chyba při vytvoření seznamu konfiguračního seznamu funkcí");
   EXPECT_EQ(want, texts);
 }
-#else
 #endif

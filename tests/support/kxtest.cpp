@@ -43,37 +43,6 @@ std::string BoxRecorder::dump() const {
   return out.str();
 }
 
-static std::vector<ShownDialog> dialogs_recorded;
-static std::vector<int16_t> dialog_answers;
-static size_t dialog_next_answer;
-
-static int16_t record_dialog(int16_t kind, void *owner, const char *title, const char *text) {
-  dialogs_recorded.push_back(ShownDialog{kind, owner, title ? title : "(null)", text ? text : "(null)"});
-  if (dialog_next_answer < dialog_answers.size()) return dialog_answers[dialog_next_answer++];
-  return WE_ANSWER_CANCEL;
-}
-
-DialogRecorder::DialogRecorder() {
-  dialogs_recorded.clear();
-  dialog_answers.clear();
-  dialog_next_answer = 0;
-  previous_ = we_set_dialog_hook(record_dialog);
-}
-
-DialogRecorder::~DialogRecorder() { we_set_dialog_hook(previous_); }
-
-void DialogRecorder::answer(int16_t code) { dialog_answers.push_back(code); }
-
-const std::vector<ShownDialog> &DialogRecorder::dialogs() const { return dialogs_recorded; }
-
-std::string DialogRecorder::dump() const {
-  std::ostringstream out;
-  out << dialogs_recorded.size() << " dialog(s):\n";
-  for (const ShownDialog &d : dialogs_recorded)
-    out << "  kind " << d.kind << " [" << d.title << "] " << d.text << "\n";
-  return out.str();
-}
-
 int internal_error_line(const Box &box, const char *module) {
   EXPECT_EQ(std::string(WE_TITLE_INTERNAL), box.title);
   EXPECT_EQ((unsigned)(WE_MB_BOX | WE_MB_ICONSTOP), box.flags);

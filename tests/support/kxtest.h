@@ -35,31 +35,6 @@ class BoxRecorder {
   WeBoxHook previous_;
 };
 
-// One question / notice / message dialog as it would have been shown.
-struct ShownDialog {
-  int16_t kind;  // WE_DIALOG_*
-  void *owner;
-  std::string title;
-  std::string text;
-};
-
-// Answers every question, notice and message dialog while alive (through the dialog hook) and
-// records it. The answers are the raw codes a user would end the dialog with (WE_ANSWER_YES 1,
-// WE_ANSWER_NO 7, WE_ANSWER_ALL 6, WE_ANSWER_CANCEL 2 = closed), taken in order from answer();
-// when they run out every further dialog is closed (2). Nests like BoxRecorder.
-class DialogRecorder {
- public:
-  DialogRecorder();
-  ~DialogRecorder();
-  void answer(int16_t code);  // queue the next answer
-  const std::vector<ShownDialog> &dialogs() const;
-  size_t count() const { return dialogs().size(); }
-  std::string dump() const;  // every recorded dialog, one per line
-
- private:
-  WeDialogHook previous_;
-};
-
 // Expected box of an internal-fault report of module at any line: checks title, icon and the
 // body's module name; returns the line number from the body or -1.
 int internal_error_line(const Box &box, const char *module);

@@ -72,25 +72,4 @@ TEST(AppRun, WaysTheLoopEnds) {
   }
 }
 
-std::string status_seen;
-void *status_context_seen;
-
-TEST(AppRun, StatusTextReachesTheProgramsSinkOnlyWhileRunning) {
-  int context = 0;
-  app_set_status_sink([](void *c, const char *text) { status_context_seen = c, status_seen = text; }, &context);
-  status_seen = "(nic)";
-  SetStatusText("před startem");
-  EXPECT_EQ("(nic)", status_seen);
-  tk::TestDialog d;
-  EXPECT_EQ(0, run_with(&d, [&](HWND) { SetStatusTextF("Kopíruji %d", 7), dialog_end(&d, 0); }));
-  EXPECT_EQ("Kopíruji 7", status_seen);
-  EXPECT_EQ(&context, status_context_seen);
-  status_seen = "(nic)";
-  SetStatusText("po konci");
-  EXPECT_EQ("(nic)", status_seen);
-  app_set_status_sink(nullptr, nullptr);
-}
-
-std::vector<UINT> pre_translated;
-
 }  // namespace

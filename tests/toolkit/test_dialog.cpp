@@ -75,8 +75,6 @@ TEST(DialogPlace, Table) {
   }
 }
 
-// ---- Placement of real dialogs ---------------------------------------------------------------
-
 // ---- Running and ending ----------------------------------------------------------------------
 
 TEST(DialogRun, InitOkAndCancelRouting) {
@@ -190,10 +188,6 @@ TEST(DialogRun, MessageRoutingTable) {
   dialog_set_help_hook(previous_help);
   DestroyWindow(foreign);
 }
-
-// ---- Modeless --------------------------------------------------------------------------------
-
-// ---- The pump --------------------------------------------------------------------------------
 
 // ---- Control table ---------------------------------------------------------------------------
 

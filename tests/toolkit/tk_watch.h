@@ -62,8 +62,6 @@ inline HWND find_button(HWND window, const std::string &text) {
   return nullptr;
 }
 
-// A visible top-level "#32770" window titled title (any title when empty) of this thread, or
-// with pid of that process.
 struct Find {
   const std::string *title;
   DWORD pid;
@@ -125,16 +123,6 @@ class Watch {
   DWORD limit_, start_;
   UINT_PTR timer_;
 };
-
-// Clicks the button with this text; without one, a failure and Cancel.
-inline std::function<void(HWND)> press(const std::string &button) {
-  return [button](HWND d) {
-    HWND b = find_button(d, button);
-    if (!b) ADD_FAILURE() << "no button '" << button << "'";
-    PostMessageA(b ? b : d, b ? BM_CLICK : WM_COMMAND, b ? 0 : IDCANCEL, 0);
-  };
-}
-
 }  // namespace tk
 
 #endif
