@@ -9,8 +9,22 @@
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#ifdef KX_WIN32
+#include <windows.h>
+#endif
 
 static FILE *log_stream;
+
+// The second of the universal clock, asked without the time zone.
+static long long clock_second(void) {
+#ifdef KX_WIN32
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  return (long long)(((unsigned long long)now.dwHighDateTime << 32 | now.dwLowDateTime) / 10000000u);
+#else
+  return (long long)time(nullptr);
+#endif
+}
 static char log_path[KX_PATH];
 
 Flag log_open(const char *path) {
@@ -50,10 +64,18 @@ void log_text(const char *text) {
   flat[n] = 0;
   static char utf8[LOG_LINE_SIZE * 3];
   cz_to_utf8(flat, utf8, sizeof utf8);
-  time_t now = time(nullptr);
-  struct tm *local = localtime(&now);
-  char stamp[32] = "0000-00-00 00:00:00";
-  if (local) strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", local);
+  // The local time is worked out once a second: the runtime's time() and localtime() ask the
+  // system for its time zone every time (two file lookups under Wine).
+  static long long stamped = -1;
+  static char stamp[32];
+  long long second = clock_second();
+  if (second != stamped || !stamp[0]) {
+    time_t now = time(nullptr);
+    struct tm *local = localtime(&now);
+    strcpy(stamp, "0000-00-00 00:00:00");
+    if (local) strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", local);
+    stamped = second;
+  }
   if (fprintf(log_stream, "%s %s\r\n", stamp, utf8) < 0 || fflush(log_stream) != 0) {
     fclose(log_stream);
     log_stream = nullptr;

@@ -226,11 +226,13 @@ void record_partial(const char *path) {
 
 // Copies source to target with its status text, and records the target. 0 after the message.
 // With keep, the copied bytes are handed back there (see CopyFileKeeping; the caller frees them).
+// opened: the source's path as it is opened (see source_spelling), null: source itself.
 Flag copy_and_record(const char *source, const char *target, unsigned char **keep = nullptr,
-                     uint32_t *kept = nullptr) {
+                     uint32_t *kept = nullptr, const char *opened = nullptr) {
   SetStatusTextF(TEXT_COPYING, source, target);
   paint_before_long_step();
-  if (!(keep ? CopyFileKeeping(source, target, keep, kept) : CopyFile(source, target))) {
+  const char *from = opened ? opened : source;
+  if (!(keep ? CopyFileKeeping(from, target, keep, kept, source) : CopyFile(from, target, source))) {
     ErrorBoxF(TEXT_COPY_FAILED, source);
     record_partial(target);
     return 0;
@@ -411,7 +413,8 @@ void show_file(const InstallState *state, const char *installed) {
 
 // One record of a packed list: copy into the target directory, unpack there, move into the
 // subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed (reported), go on.
-int16_t install_packed(InstallState *state, const char *source, const char *installed) {
+int16_t install_packed(InstallState *state, const char *source, const char *opened,
+                       const char *installed) {
   char packed_copy[KX_PATH], unpacked[KX_PATH];
   if (!join_path(packed_copy, state->target_path, state->record.stored) ||
       !join_path(unpacked, state->target_path, state->record.name))
@@ -419,7 +422,7 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   // The packed bytes stay in memory from the copy to the unpacking: the copy is not read back.
   unsigned char *packed = nullptr;
   uint32_t packed_length = 0;
-  if (!copy_and_record(source, packed_copy, &packed, &packed_length)) return 0;
+  if (!copy_and_record(source, packed_copy, &packed, &packed_length, opened)) return 0;
   SetStatusText("");
   if (CheckAbort()) {
     if (packed) mm_free(packed, MM_HERE);
@@ -450,9 +453,10 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
   if (!inst_list_is_root(state->record.directory)) {
     SetStatusTextF(TEXT_COPYING, unpacked, installed);
     // The copy ends with the file in the subdirectory and none in the target directory; on
-    // the same disk a rename does that without writing the file a second time.
-    file_delete(installed);
-    if (!plat_move_file(unpacked, installed)) {
+    // the same disk a rename does that without writing the file a second time. A file there
+    // already is replaced, as deleting it first would.
+    if (!plat_move_file_over(unpacked, installed)) {
+      file_delete(installed);
       if (!CopyFile(unpacked, installed)) {
         ErrorBoxF(TEXT_COPY_FAILED, unpacked);
         record_partial(installed);
@@ -467,6 +471,19 @@ int16_t install_packed(InstallState *state, const char *source, const char *inst
 
 Flag transfer_loop(InstallState *state);
 
+// The source directory as the file system spells it (plat_real_case), where the loop opens the
+// source files: on Wine an upper-cased path that the disk spells otherwise costs a case-blind
+// search of every directory above it for each open. Texts keep naming the source path.
+char source_spelling[KX_PATH];
+
+void learn_source_spelling(const InstallState *state) {
+  size_t n;
+  if (!plat_real_case(state->source_path, source_spelling, KX_PATH) ||
+      ((n = strlen(source_spelling)) > 0 && source_spelling[n - 1] != '\\' &&
+       !st_append(source_spelling, KX_PATH, "\\")))
+    st_put(source_spelling, KX_PATH, state->source_path);
+}
+
 // Step 11: the loop, with the dialog told that per-file texts come.
 Flag transfer_files(InstallState *state) {
   if (dialog_set && dialog.batch) dialog.batch(dialog.context, 1);
@@ -479,14 +496,18 @@ Flag transfer_loop(InstallState *state) {
   current_disk = 0;
   if (!DiskIdFile(state)) return 0;
   if (!inst_list_rewind(state)) return 0;
+  learn_source_spelling(state);
   Flag packed = state->header.packed != 0;
   int16_t got;
   while ((got = inst_list_next(state)) > 0) {
-    char installed[KX_PATH], source[KX_PATH];
+    char installed[KX_PATH], source[KX_PATH], opened[KX_PATH];
     if (!installed_path(state, installed)) return 0;
     show_file(state, installed);
     if (!join_path(source, state->source_path, state->record.stored)) return 0;
-    if (!file_exists(source)) {
+    if (!st_join(opened, KX_PATH, source_spelling, state->record.stored))
+      st_put(opened, KX_PATH, source);
+    Flag present = file_exists(opened);
+    if (!present) {
       current_disk = (int16_t)state->record.disk;
       for (;;) {
         char prompt[WE_TEXT_SIZE];
@@ -495,18 +516,22 @@ Flag transfer_loop(InstallState *state) {
         if (DiskIdFile(state)) break;
         if (!QuestionBox("Zkusit znovu")) return 0;
       }
+      learn_source_spelling(state);
+      if (!st_join(opened, KX_PATH, source_spelling, state->record.stored))
+        st_put(opened, KX_PATH, source);
+      present = file_exists(opened);
     }
-    if (!file_exists(source)) {
+    if (!present) {
       if (QuestionBoxF("Soubor %s nenalezen, vynechat", source)) continue;
       return 0;
     }
     if (CheckAbort()) return 0;
     if (!packed) {
-      if (!copy_and_record(source, installed)) return 0;
+      if (!copy_and_record(source, installed, nullptr, nullptr, opened)) return 0;
       SetStatusText("");
       if (CheckAbort()) return 0;
     } else {
-      int16_t result = install_packed(state, source, installed);
+      int16_t result = install_packed(state, source, opened, installed);
       if (result == 0) return 0;
       if (result < 0) continue;
     }

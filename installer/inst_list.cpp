@@ -19,6 +19,8 @@ const char TEXT_BAD_RECORD[] = "Chybný záznam v seznamu souborů: %s";
 
 enum { LINE_SIZE = 81 };
 
+int32_t list_size = -1;   // of the open list, learnt at the rewind
+
 // A name from the list that may be joined to a path: not empty, no path separator, drive
 // colon, parent reference or control character. The directory field may also be ".".
 Flag name_ok(const char *name, Flag directory) {
@@ -50,7 +52,9 @@ Flag inst_list_rewind(InstallState *state) {
     }
   }
   unsigned char bytes[ILST_HEADER_SIZE];
-  if (!file_seek(state->list, 0, FILE_FROM_START) || file_size(state->list) < ILST_HEADER_SIZE ||
+  list_size = -1;
+  if (!file_seek(state->list, 0, FILE_FROM_START) ||
+      (list_size = file_size(state->list)) < ILST_HEADER_SIZE ||
       !file_read(state->list, bytes, ILST_HEADER_SIZE) ||
       !ilst_decode_header(bytes, &state->header)) {
     ErrorBoxF(INST_TEXT_NOT_FOUND, INST_DISK_LIST);
@@ -62,9 +66,9 @@ Flag inst_list_rewind(InstallState *state) {
 
 int16_t inst_list_next(InstallState *state) {
   if (!state->list || state->records_read >= state->header.count) return 0;
-  int32_t at = file_tell(state->list);
-  int32_t size = file_size(state->list);
-  if (at < 0 || size < 0 || size - at < ILST_RECORD_SIZE) return 0;
+  // The list is not written while it is read: its size is learnt once per rewind.
+  int32_t at = ILST_HEADER_SIZE + state->records_read * (int32_t)ILST_RECORD_SIZE;
+  if (list_size < 0 || list_size - at < ILST_RECORD_SIZE) return 0;
   unsigned char bytes[ILST_RECORD_SIZE];
   ListRecord *record = &state->record;
   if (!file_read(state->list, bytes, ILST_RECORD_SIZE) || !ilst_decode_record(bytes, record))

@@ -57,7 +57,7 @@ static Flag copy_passes(int32_t chunk) {
   }
 }
 
-Flag CopyFile(const char *source, const char *target) {
+Flag CopyFile(const char *source, const char *target, const char *shown) {
   if (!source || !target) {
     InternalError(MODULE, __LINE__);
     return 0;
@@ -71,7 +71,7 @@ Flag CopyFile(const char *source, const char *target) {
   Flag ok = 0;
   copy_source = wtext_fopen(source, "rb");
   if (!copy_source) {
-    ErrorBoxF(COPY_TEXT_OPEN, source);
+    ErrorBoxF(COPY_TEXT_OPEN, shown ? shown : source);
   } else {
     copy_target = file_open_new_binary(target);
     if (!copy_target) {
@@ -113,16 +113,17 @@ static Flag close_target(FILE *target, Flag written) {
   return written;
 }
 
-Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length) {
+Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length,
+                     const char *shown) {
   if (!source || !target || !data || !length) {
     InternalError(MODULE, __LINE__);
     return 0;
   }
   *data = NULL;
   *length = 0;
-  FILE *in = fopen(source, "rb");
+  FILE *in = wtext_fopen(source, "rb");
   if (!in) {
-    ErrorBoxF(COPY_TEXT_OPEN, source);
+    ErrorBoxF(COPY_TEXT_OPEN, shown ? shown : source);
     return 0;
   }
   long size = -1;
@@ -132,7 +133,7 @@ Flag CopyFileKeeping(const char *source, const char *target, unsigned char **dat
     block = (unsigned char *)mm_alloc(size > 0 ? (int32_t)size : 1, MODULE, __LINE__);
   if (!block) {
     fclose(in);
-    return CopyFile(source, target);
+    return CopyFile(source, target, shown);
   }
   // No stream buffers: the one read and the one write go straight to the system.
   setvbuf(in, NULL, _IONBF, 0);

@@ -19,9 +19,11 @@ extern const char COPY_TEXT_WRITE[];  // "Chyba při kopírování (zapsaná dé
 // The size of the copy buffer asked for first, and the read size of a normal pass.
 enum { COPY_CHUNK = 32767 };
 
-Flag CopyFile(const char *source, const char *target);
+Flag CopyFile(const char *source, const char *target, const char *shown = nullptr);
 // Copies source to target byte for byte; target is created, or truncated when it exists. File
-// dates and attributes are not copied (the target gets the present time).
+// dates and attributes are not copied (the target gets the present time). shown is the name the
+// messages give for the source (null: source itself), for a caller that opens the source by
+// another spelling of the same path.
 //
 // The files are C stdio streams ("rb", "wb"), not file layer objects, so they are not counted
 // among the file layer's open files. The copy buffer comes from the memory manager (place
@@ -48,7 +50,8 @@ Flag CopyFile(const char *source, const char *target);
 // Keeps its state (buffer and both streams) in module variables for the length of one call:
 // not re-entrant; the installer calls it from its one thread.
 
-Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length);
+Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length,
+                     const char *shown = nullptr);
 // CopyFile for a file whose bytes the caller uses next (a packed file, unpacked after its copy),
 // so that it need not be read a second time: the source is read whole into one block of the
 // memory manager (place "copy", not zero-filled) and written to the target in one write; the

@@ -259,6 +259,21 @@ Flag plat_move_file(const char *from, const char *to) {
   return rename(a, b) == 0 ? 1 : 0;
 }
 
+Flag plat_move_file_over(const char *from, const char *to) {
+  char a[NATIVE_PATH], b[NATIVE_PATH];
+  if (!from || !to || !inst_host_native_path(from, a, sizeof a) ||
+      !inst_host_native_path(to, b, sizeof b))
+    return 0;
+  struct stat info;
+  if (stat(b, &info) == 0 && S_ISDIR(info.st_mode)) return 0;  // a directory is not replaced
+  return rename(a, b) == 0 ? 1 : 0;
+}
+
+Flag plat_real_case(const char *path, char *buffer, int32_t size) {
+  if (!path || !buffer || size < 1) return 0;
+  return snprintf(buffer, (size_t)size, "%s", path) < size ? 1 : 0;
+}
+
 Flag plat_truncate_file(const char *path, int32_t size) {
   char native[NATIVE_PATH];
   if (!path || size < 0 || !inst_host_native_path(path, native, sizeof native)) return 0;

@@ -22,6 +22,15 @@ Flag plat_current_directory(char *buffer, int32_t size);
 // empty buffer when it does not fit into size bytes; 0 for a null buffer or a size below 1.
 Flag plat_move_file(const char *from, const char *to);
 // MoveFileA: 1 when moved; 0 when from is missing or to exists already (nothing is replaced).
+Flag plat_move_file_over(const char *from, const char *to);
+// MoveFileExW with MOVEFILE_REPLACE_EXISTING: as plat_move_file, but a file at to is replaced
+// (the end is that of deleting it first, without a second search for the name).
+Flag plat_real_case(const char *path, char *buffer, int32_t size);
+// The existing path as the file system spells it (GetLongPathNameW: every component with the
+// case of its directory entry) into buffer, so that opening it needs no case-blind search of
+// each directory on a system whose names are case-sensitive (Wine). 0, with path copied as it
+// is (cut to size), when it can't be looked up or does not fit; 0 for a null path or buffer
+// or a size below 1. Natively the path is copied as it is (1 when it fits).
 Flag plat_truncate_file(const char *path, int32_t size);
 // Cuts the file at path to size bytes (0 <= size <= its length); 1 on success, 0 when the file
 // can't be opened for writing or cut.

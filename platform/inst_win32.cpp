@@ -105,6 +105,27 @@ Flag plat_move_file(const char *from, const char *to) {
   return wide_from.ok && wide_to.ok && MoveFileW(wide_from.text, wide_to.text) ? 1 : 0;
 }
 
+Flag plat_move_file_over(const char *from, const char *to) {
+  Wide wide_from(from), wide_to(to);
+  return wide_from.ok && wide_to.ok &&
+                 MoveFileExW(wide_from.text, wide_to.text, MOVEFILE_REPLACE_EXISTING)
+             ? 1 : 0;
+}
+
+Flag plat_real_case(const char *path, char *buffer, int32_t size) {
+  if (!path || !buffer || size < 1) return 0;
+  snprintf(buffer, (size_t)size, "%s", path);
+  Wide wide(path);
+  wchar_t real[WTEXT_PATH];
+  if (!wide.ok) return 0;
+  DWORD n = GetLongPathNameW(wide.text, real, WTEXT_PATH);
+  if (n == 0 || n >= WTEXT_PATH) return 0;
+  char text[WTEXT_PATH];
+  if (!wtext_out(real, text, sizeof text) || strlen(text) >= (size_t)size) return 0;
+  strcpy(buffer, text);
+  return 1;
+}
+
 Flag plat_truncate_file(const char *path, int32_t size) {
   Wide wide(path);
   if (!wide.ok || size < 0) return 0;
