@@ -152,8 +152,8 @@ unattended_faults | full --flat --packed | quick | old_file; switched
                | @open_s+target+overwrite_no+@failed_s ARG1="/LOG=$RUNLOG" ARG2="/SOURCE=$(winpath "$M1")\\" SOURCE="$(winpath "$M1")\\" | 0
                | Stopped INSTLIST=none FOREIGN=DATA.BIN EXISTING=DATA.BIN
 unattended_faults | = | quick | snapshot before | refused | 0 | bad_switches; snapshot after; compare after 0
-unattended_faults | = | - | variant 1; head -c 5000 /dev/urandom >"$M/$DATA" | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" | 7
-               | logged "$unzip_error"; recorded 'C:\KORV5\'
+unattended_faults | = | - | variant 1; head -c 5000 /dev/urandom >"$M/$DATA" | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" '/DIR=C:\Program Files\KORV5' | 7
+               | logged "$unzip_error"; recorded 'C:\Program Files\KORV5\'; present 'C:\Program Files\KORV5\EXE\KORV5.EXE'
 unattended_faults | big --flat --plain | plain | drives; edit VELKY.BIN:size=1000 | !"$M1/SETUP.EXE" /VERYSILENT '/DIR=D:\KORV5\' "/LOG=$RUNLOG" | 6
                | logged 'plný disk'; Stopped STOP=VELKY.BIN AHEAD=VELKY.BIN INSTLIST=any TARGET='D:\KORV5\'
 unattended_faults | floppies --packed --capacity $(capacity 1600000) | - | floppy_source | !"$sdir/setup/SETUP.EXE" /VERYSILENT "/SOURCE=$FLOPPY" "/LOG=$RUNLOG" | 5
