@@ -152,6 +152,7 @@ unattended_faults | full --flat --packed | quick | old_file; switched
                | @open_s+target+overwrite_no+@failed_s ARG1="/LOG=$RUNLOG" ARG2="/SOURCE=$(winpath "$M1")\\" SOURCE="$(winpath "$M1")\\" | 0
                | Stopped INSTLIST=none FOREIGN=DATA.BIN EXISTING=DATA.BIN
 unattended_faults | = | quick | snapshot before | refused | 0 | bad_switches; snapshot after; compare after 0
+unattended_faults | = | - | - | !"$M1/SETUP.EXE" /HELP | 0 | helped
 unattended_faults | = | - | variant 1; head -c 5000 /dev/urandom >"$M/$DATA" | !"$M1/SETUP.EXE" /VERYSILENT "/LOG=$RUNLOG" '/DIR=C:\Program Files\KORV5' | 7
                | logged "$unzip_error"; recorded 'C:\Program Files\KORV5\'; present 'C:\Program Files\KORV5\EXE\KORV5.EXE'
 unattended_faults | big --flat --plain | plain | drives; edit VELKY.BIN:size=1000 | !"$M1/SETUP.EXE" /VERYSILENT '/DIR=D:\KORV5\' "/LOG=$RUNLOG" | 6
@@ -791,6 +792,9 @@ bad_switches() {
   done
   absent 'C:\KORV5'
 }
+
+# helped: /HELP wrote the switches and exit codes to its output (a file: UTF-8), installed nothing.
+helped() { grep -q '^7  nainstalováno, ale' "$sdir/$step-robot.txt" || fail "step $step: no help text"; absent 'C:\KORV5'; }
 
 # SETUP "$m" from the directory $sdir/cwd, where it writes its log MMBIN.MM.
 memory_script() {
