@@ -15,6 +15,7 @@
 #           by prep in $sdir) with SETUP, SOURCE, TARGET, UNINSTAL, QUICK/QUICKBOX (the quick-launch
 #           box at the start and after a failure), URL and the values given (also shell
 #           variables for the checks); or !PROGRAM ARGS...: that program run under Wine.
+#           $RUNLOG names the row's log file for a /LOG= switch (the checks logged, logged_files).
 #   exit    the exit code expected of the robot or the program.
 #   checks  items separated by ";": a shell check below (lower case), or SUITE... [NAME=VALUE]...:
 #           suites of kx_e2e_check (checks.cpp) with KX_E2E_NAME=VALUE in the environment.
