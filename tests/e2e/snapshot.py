@@ -29,6 +29,8 @@ IGNORED = [
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E968-E325-11CE-BFC1-08002BE10318}', '@'),
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E968-E325-11CE-BFC1-08002BE10318}\\0000',
      '"DriverDateData"'),
+    ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E968-E325-11CE-BFC1-08002BE10318}\\0000',
+     '"SymbolicLinkValue"'),
     ('HKLM', r'System\\CurrentControlSet\\Control\\Class\\{4D36E96E-E325-11CE-BFC1-08002BE10318}', '@'),
     # Wine's virtual HID device (vendor 845E) registered; the empty NetworkCards key gone.
     ('HKLM', r'System\\CurrentControlSet\\Control\\DeviceClasses\\{378DE44C-56EF-11D1-BC8C-00A0C91405DD}', ''),
