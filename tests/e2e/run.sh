@@ -731,7 +731,8 @@ compare() {
 # them was mapped since, or one was. Each waits until xev has seen a change of a property of the
 # root window made after what went before, so that it has seen all that went before.
 watch() {
-  xev -root -event substructure -event property >"$sdir/$step-xev.txt" 2>&1 &
+  : >"$sdir/$step-xev.txt"
+  xev -root -event substructure -event property >>"$sdir/$step-xev.txt" 2>&1 &
   xev_pid=$!
   cleanups+=("kill $xev_pid 2>/dev/null")
   xev_seen
