@@ -714,7 +714,7 @@ compare() {
   python3 "$here/snapshot.py" compare "$sdir/${3:-before}.gz" "$sdir/$1.gz" "${kept[@]}" >"$log" 2>&1
   rc=$?
   sed 's/^/   /' "$log" | tail -"$((30 - 29 * $2))"
-  [ $rc = "$2" ] || fail "step $step: compare before and $1: exit $rc, not $2 (see $log)"
+  [ $rc = "$2" ] || fail "step $step: compare ${3:-before} and $1: exit $rc, not $2 (see $log)"
   if [ "$2" = 1 ]; then
     for what in 'new F drive_c/KORV5/EXE/KORV5.EXE ' 'new F drive_c/KORV5/UNINST.LST ' \
         'new K HKLM Software\\\\Microsoft\\\\Windows\\\\CurrentVersion\\\\Uninstall\\\\KORVEX$' \
