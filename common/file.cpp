@@ -19,6 +19,7 @@
 #define MODULE "file"
 
 const char FILE_DESIGN_HEADER[] = "KX900 Design file \r\n";
+const char FILE_TEXT_WRITE[] = "Do souboru %s nelze zapisovat (plný disk?)";
 
 struct FileObject {
   int16_t mode;            // open mode, 0 while closed
@@ -91,7 +92,7 @@ void track_close(const char *path, FILE *stream) {
 
 void write_failed(FileObject *file) {
   file->write_error = 1;
-  ErrorBoxF("Do souboru %s nelze zapisovat (plný disk?)", file->path);
+  ErrorBoxF(FILE_TEXT_WRITE, file->path);
 }
 
 void read_failed(const FileObject *file) { ErrorBoxF("Ze souboru %s nelze číst", file->path); }

@@ -81,6 +81,9 @@ enum {
 // The text at the start of every design file's 80-byte header block.
 extern const char FILE_DESIGN_HEADER[];  // "KX900 Design file \r\n"
 
+// The message of a failed write, for a writer beside the file layer that reports as it does.
+extern const char FILE_TEXT_WRITE[];  // "Do souboru %s nelze zapisovat (plný disk?)"
+
 // ---- Objects -------------------------------------------------------------------------------
 
 Flag file_create(FileObject **result, const char *path);

@@ -411,10 +411,46 @@ void show_file(const InstallState *state, const char *installed) {
   inst_show_lines(line18, line19, line20);
 }
 
-// One record of a packed list: copy into the target directory, unpack there, move into the
-// subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed (reported), go on.
-int16_t install_packed(InstallState *state, const char *source, const char *opened,
-                       const char *installed) {
+// Where a packed file is unpacked to: a new file of the platform, kept open after the
+// unpacking so that the move into the subdirectory renames it by its handle instead of opening
+// it again; a name that can't be created new (a file there that could not be deleted) goes
+// through the file layer's "wb" as before, with its messages.
+struct UnpackTarget {
+  const char *path;
+  PlatFile file;
+  FileObject *object;
+};
+
+Flag unpack_open(void *context) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  if (plat_file_create_new(&target->file, target->path)) return 1;
+  if (!file_create(&target->object, target->path)) return 0;
+  if (file_open(target->object, FILE_WRITE_BINARY)) return 1;
+  file_destroy(&target->object);
+  return 0;
+}
+
+Flag unpack_write(void *context, const void *data, uint32_t count) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  if (target->object) return file_write(target->object, data, (int32_t)count);
+  if (plat_file_write(&target->file, data, count)) return 1;
+  ErrorBoxF(FILE_TEXT_WRITE, target->path);
+  return 0;
+}
+
+// The platform's file stays open after a good unpacking (the caller closes it).
+Flag unpack_close(void *context, Flag written) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  if (target->object) return file_destroy(&target->object) && written;
+  if (!written) plat_file_close(&target->file);
+  return written;
+}
+
+// One record of a packed list: copy into the target directory, unpack there (into target),
+// move into the subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed (reported),
+// go on. The caller closes target's file.
+int16_t unpack_and_move(InstallState *state, const char *source, const char *opened,
+                        const char *installed, UnpackTarget *target) {
   char packed_copy[KX_PATH], unpacked[KX_PATH];
   if (!join_path(packed_copy, state->target_path, state->record.stored) ||
       !join_path(unpacked, state->target_path, state->record.name))
@@ -438,7 +474,9 @@ int16_t install_packed(InstallState *state, const char *source, const char *open
   uint64_t limit = 2 * (uint64_t)state->record.size + INST_UNPACK_SLACK;
   zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
   // An empty packed file goes the file road, which fails on it with a code of the table.
-  Flag unpacked_ok = packed && packed_length ? DecompressBufferToFile(&zip, packed, packed_length, unpacked)
+  target->path = unpacked;
+  ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
+  Flag unpacked_ok = packed && packed_length ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
                                              : DecompressFile(&zip, packed_copy, unpacked);
   if (packed) mm_free(packed, MM_HERE);
   if (!unpacked_ok) {
@@ -455,7 +493,9 @@ int16_t install_packed(InstallState *state, const char *source, const char *open
     // The copy ends with the file in the subdirectory and none in the target directory; on
     // the same disk a rename does that without writing the file a second time. A file there
     // already is replaced, as deleting it first would.
-    if (!plat_move_file_over(unpacked, installed)) {
+    Flag moved = plat_file_rename(&target->file, installed);
+    plat_file_close(&target->file);
+    if (!moved && !plat_move_file_over(unpacked, installed)) {
       file_delete(installed);
       if (!CopyFile(unpacked, installed)) {
         ErrorBoxF(TEXT_COPY_FAILED, unpacked);
@@ -467,6 +507,17 @@ int16_t install_packed(InstallState *state, const char *source, const char *open
     ulw_record(&inst_uninstall, UNINST_FILE, installed);
   }
   return 1;
+}
+
+int16_t install_packed(InstallState *state, const char *source, const char *opened,
+                       const char *installed) {
+  UnpackTarget target;
+  target.path = nullptr;
+  target.file.handle = -1;
+  target.object = nullptr;
+  int16_t result = unpack_and_move(state, source, opened, installed, &target);
+  plat_file_close(&target.file);
+  return result;
 }
 
 Flag transfer_loop(InstallState *state);

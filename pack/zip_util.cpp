@@ -322,6 +322,25 @@ static Flag write_inflated(ZipUtil *zip, const char *name, ZipInflated *inflated
   return 1;
 }
 
+Flag DecompressBufferToSink(ZipUtil *zip, const void *data, uint32_t length, const ZipSink *sink) {
+  if (!zip || !data || length == 0 || !sink) {
+    InternalError(MODULE, __LINE__);
+    return 0;
+  }
+  ZipInflated inflated;
+  if (!inflate_blocks(zip, data, length, &inflated, 0)) return 0;
+  Flag ok = sink->open(sink->context);
+  if (ok) {
+    ok = sink->write(sink->context, inflated.first, inflated.first_used);
+    for (ZipPiece *piece = inflated.pieces; ok && piece; piece = piece->next)
+      ok = sink->write(sink->context, piece_room(piece), piece->used);
+    ok = sink->close(sink->context, ok);
+  }
+  release_inflated(&inflated);
+  zip->last_error = ok ? (int16_t)Z_OK : (int16_t)ZIP_FILE_ERROR;
+  return ok;
+}
+
 Flag CompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, const char *file) {
   if (!zip || !data || length == 0 || !file) {
     InternalError(MODULE, __LINE__);

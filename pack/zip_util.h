@@ -133,6 +133,21 @@ Flag DecompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, con
 // file. Returns 1 (last error 0), or 0 with DecompressBuffer's code or -10.
 // Guards: a null zip, null data, a zero length, a null file.
 
+// Where DecompressBufferToSink puts the plain data: opened once inflating has succeeded, given
+// the data piece by piece, then closed. open and write return 1, or 0 after their own message;
+// close is told whether all went in (written) and returns the result.
+struct ZipSink {
+  void *context;
+  Flag (*open)(void *context);
+  Flag (*write)(void *context, const void *data, uint32_t count);
+  Flag (*close)(void *context, Flag written);
+};
+
+Flag DecompressBufferToSink(ZipUtil *zip, const void *data, uint32_t length, const ZipSink *sink);
+// DecompressBufferToFile with the file's part done by sink: -10 when open, a write or close
+// fails (close is called whenever open succeeded). Guards: a null zip, null data, a zero
+// length, a null sink.
+
 Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length);
 // Reads the whole file and packs it as CompressBuffer does; *out and *out_length as there
 // (after a failed compress2 the buffer stays in *out for the caller to free). An empty file

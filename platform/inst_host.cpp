@@ -269,6 +269,41 @@ Flag plat_move_file_over(const char *from, const char *to) {
   return rename(a, b) == 0 ? 1 : 0;
 }
 
+Flag plat_file_create_new(PlatFile *file, const char *path) {
+  file->handle = -1;
+  if (!path || !inst_host_native_path(path, file->path, sizeof file->path)) return 0;
+  int fd = open(file->path, O_WRONLY | O_CREAT | O_EXCL, 0644);
+  if (fd < 0) return 0;
+  file->handle = fd;
+  return 1;
+}
+
+Flag plat_file_write(PlatFile *file, const void *data, uint32_t count) {
+  const char *at = (const char *)data;
+  while (count > 0) {
+    ssize_t wrote = write((int)file->handle, at, count);
+    if (wrote <= 0) return 0;
+    at += wrote;
+    count -= (uint32_t)wrote;
+  }
+  return 1;
+}
+
+Flag plat_file_rename(PlatFile *file, const char *to) {
+  char native[NATIVE_PATH];
+  if (file->handle == -1 || !to || !inst_host_native_path(to, native, sizeof native)) return 0;
+  struct stat info;
+  if (stat(native, &info) == 0 && S_ISDIR(info.st_mode)) return 0;
+  if (rename(file->path, native) != 0) return 0;
+  snprintf(file->path, sizeof file->path, "%s", native);
+  return 1;
+}
+
+void plat_file_close(PlatFile *file) {
+  if (file->handle != -1) close((int)file->handle);
+  file->handle = -1;
+}
+
 Flag plat_real_case(const char *path, char *buffer, int32_t size) {
   if (!path || !buffer || size < 1) return 0;
   return snprintf(buffer, (size_t)size, "%s", path) < size ? 1 : 0;

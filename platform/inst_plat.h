@@ -7,6 +7,8 @@
 
 #include "common/co.h"
 
+#include <stdint.h>
+
 Flag plat_drive_ready(const char *drive);
 // drive "C:" (two characters): 1 when the drive exists and is ready.
 Flag plat_free_space(const char *drive, uint32_t *free_clusters, uint32_t *sectors_per_cluster,
@@ -25,6 +27,25 @@ Flag plat_move_file(const char *from, const char *to);
 Flag plat_move_file_over(const char *from, const char *to);
 // MoveFileExW with MOVEFILE_REPLACE_EXISTING: as plat_move_file, but a file at to is replaced
 // (the end is that of deleting it first, without a second search for the name).
+// A file written by the installer and kept open so that it can be moved by its handle: the
+// move then needs no second open of the file (each open is a round trip to the Wine server).
+// Windows: a kernel32 handle with delete access; natively a descriptor and the native path.
+struct PlatFile {
+  intptr_t handle;     // -1 while not open
+  char path[2 * KX_PATH + 16];
+};
+
+Flag plat_file_create_new(PlatFile *file, const char *path);
+// Creates path as a new file for writing (CreateFileW, CREATE_NEW: 0 when it exists) and keeps
+// it open in *file. 1 when open; 0 (file->handle -1, nothing shown) when it can't be created.
+Flag plat_file_write(PlatFile *file, const void *data, uint32_t count);
+// Writes count bytes at the file's end. 1 when all are written; 0 (what fitted stays) else.
+Flag plat_file_rename(PlatFile *file, const char *to);
+// Moves the open file to the path to (full, in drive form), replacing a file there, as
+// plat_move_file_over. 1 when moved; 0 when not (the file stays where it is, open).
+void plat_file_close(PlatFile *file);
+// Closes the file when it is open; the handle is -1 afterwards.
+
 Flag plat_real_case(const char *path, char *buffer, int32_t size);
 // The existing path as the file system spells it (GetLongPathNameW: every component with the
 // case of its directory entry) into buffer, so that opening it needs no case-blind search of

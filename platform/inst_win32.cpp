@@ -5,6 +5,7 @@
 #include "platform/inst_plat.h"
 #include "platform/wtext.h"
 
+#include <stddef.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -110,6 +111,76 @@ Flag plat_move_file_over(const char *from, const char *to) {
   return wide_from.ok && wide_to.ok &&
                  MoveFileExW(wide_from.text, wide_to.text, MOVEFILE_REPLACE_EXISTING)
              ? 1 : 0;
+}
+
+Flag plat_file_create_new(PlatFile *file, const char *path) {
+  file->handle = -1;
+  file->path[0] = 0;
+  Wide wide(path);
+  if (!wide.ok) return 0;
+  HANDLE handle = CreateFileW(wide.text, GENERIC_WRITE | DELETE, FILE_SHARE_READ, NULL,
+                              CREATE_NEW, FILE_ATTRIBUTE_NORMAL, NULL);
+  if (handle == INVALID_HANDLE_VALUE) return 0;
+  file->handle = (intptr_t)handle;
+  return 1;
+}
+
+Flag plat_file_write(PlatFile *file, const void *data, uint32_t count) {
+  const char *at = (const char *)data;
+  while (count > 0) {
+    DWORD wrote = 0;
+    if (!WriteFile((HANDLE)file->handle, at, count, &wrote, NULL) || wrote == 0) return 0;
+    at += wrote;
+    count -= wrote;
+  }
+  return 1;
+}
+
+namespace {
+
+// ntdll's NtSetInformationFile with FileRenameInformation (10): kernel32 has no call that
+// renames a file by a handle on every system this program runs on.
+struct IoStatus {
+  union {
+    LONG status;
+    void *pointer;
+  };
+  ULONG_PTR information;
+};
+struct RenameInformation {
+  BOOLEAN replace;
+  HANDLE root;
+  ULONG length;  // bytes of name
+  WCHAR name[WTEXT_PATH + 8];
+};
+typedef LONG(WINAPI *SetInformationFile)(HANDLE, IoStatus *, void *, ULONG, int);
+const int FILE_RENAME_INFORMATION = 10;
+
+}  // namespace
+
+Flag plat_file_rename(PlatFile *file, const char *to) {
+  static SetInformationFile set_information = (SetInformationFile)(void *)GetProcAddress(
+      GetModuleHandleW(L"ntdll.dll"), "NtSetInformationFile");
+  Wide wide(to);
+  if (!set_information || file->handle == -1 || !wide.ok) return 0;
+  RenameInformation info;
+  memset(&info, 0, sizeof info);
+  wcscpy(info.name, L"\\??\\");
+  DWORD n = GetFullPathNameW(wide.text, WTEXT_PATH, info.name + 4, NULL);
+  if (n == 0 || n >= WTEXT_PATH) return 0;
+  info.replace = TRUE;
+  info.length = (ULONG)((4 + n) * sizeof(WCHAR));
+  IoStatus io;
+  memset(&io, 0, sizeof io);
+  return set_information((HANDLE)file->handle, &io, &info,
+                         (ULONG)(offsetof(RenameInformation, name) + info.length),
+                         FILE_RENAME_INFORMATION) == 0
+             ? 1 : 0;
+}
+
+void plat_file_close(PlatFile *file) {
+  if (file->handle != -1) CloseHandle((HANDLE)file->handle);
+  file->handle = -1;
 }
 
 Flag plat_real_case(const char *path, char *buffer, int32_t size) {
