@@ -227,12 +227,15 @@ void record_partial(const char *path) {
 // Copies source to target with its status text, and records the target. 0 after the message.
 // With keep, the copied bytes are handed back there (see CopyFileKeeping; the caller frees them).
 // opened: the source's path as it is opened (see source_spelling), null: source itself.
+// target_open: see CopyFileKeeping.
 Flag copy_and_record(const char *source, const char *target, unsigned char **keep = nullptr,
-                     uint32_t *kept = nullptr, const char *opened = nullptr) {
+                     uint32_t *kept = nullptr, const char *opened = nullptr,
+                     PlatFile *target_open = nullptr) {
   SetStatusTextF(TEXT_COPYING, source, target);
   paint_before_long_step();
   const char *from = opened ? opened : source;
-  if (!(keep ? CopyFileKeeping(from, target, keep, kept, source) : CopyFile(from, target, source))) {
+  if (!(keep ? CopyFileKeeping(from, target, keep, kept, source, target_open)
+             : CopyFile(from, target, source))) {
     ErrorBoxF(TEXT_COPY_FAILED, source);
     record_partial(target);
     return 0;
@@ -446,11 +449,12 @@ Flag unpack_close(void *context, Flag written) {
   return written;
 }
 
-// One record of a packed list: copy into the target directory, unpack there (into target),
-// move into the subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed (reported),
-// go on. The caller closes target's file.
+// One record of a packed list: copy into the target directory (the copy kept open in
+// packed_file where it can be, so that it is deleted by its handle), unpack there (into
+// target), move into the subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed
+// (reported), go on. The caller closes both files.
 int16_t unpack_and_move(InstallState *state, const char *source, const char *opened,
-                        const char *installed, UnpackTarget *target) {
+                        const char *installed, UnpackTarget *target, PlatFile *packed_file) {
   char packed_copy[KX_PATH], unpacked[KX_PATH];
   if (!join_path(packed_copy, state->target_path, state->record.stored) ||
       !join_path(unpacked, state->target_path, state->record.name))
@@ -458,7 +462,8 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   // The packed bytes stay in memory from the copy to the unpacking: the copy is not read back.
   unsigned char *packed = nullptr;
   uint32_t packed_length = 0;
-  if (!copy_and_record(source, packed_copy, &packed, &packed_length, opened)) return 0;
+  if (!copy_and_record(source, packed_copy, &packed, &packed_length, opened, packed_file))
+    return 0;
   SetStatusText("");
   if (CheckAbort()) {
     if (packed) mm_free(packed, MM_HERE);
@@ -473,7 +478,9 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   // grows far past it is a damaged or hostile medium, stopped before it fills memory and disk.
   uint64_t limit = 2 * (uint64_t)state->record.size + INST_UNPACK_SLACK;
   zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
-  // An empty packed file goes the file road, which fails on it with a code of the table.
+  // An empty packed file goes the file road, which fails on it with a code of the table (and
+  // opens the copy again: it is closed first).
+  if (!packed || !packed_length) plat_file_close(packed_file);
   target->path = unpacked;
   ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
   Flag unpacked_ok = packed && packed_length ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
@@ -487,7 +494,10 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   ulw_record(&inst_uninstall, UNINST_FILE, unpacked);
   SetStatusText("");
   if (CheckAbort()) return 0;
-  file_delete(packed_copy);
+  if (!plat_file_delete(packed_file)) {
+    plat_file_close(packed_file);
+    file_delete(packed_copy);
+  }
   if (!inst_list_is_root(state->record.directory)) {
     SetStatusTextF(TEXT_COPYING, unpacked, installed);
     // The copy ends with the file in the subdirectory and none in the target directory; on
@@ -515,8 +525,11 @@ int16_t install_packed(InstallState *state, const char *source, const char *open
   target.path = nullptr;
   target.file.handle = -1;
   target.object = nullptr;
-  int16_t result = unpack_and_move(state, source, opened, installed, &target);
+  PlatFile packed_file;
+  packed_file.handle = -1;
+  int16_t result = unpack_and_move(state, source, opened, installed, &target, &packed_file);
   plat_file_close(&target.file);
+  plat_file_close(&packed_file);
   return result;
 }
 

@@ -4,6 +4,7 @@
 #include "common/file.h"
 #include "common/mm.h"
 #include "common/we.h"
+#include "platform/inst_plat.h"
 #include "platform/wtext.h"
 
 #include <stdio.h>
@@ -114,7 +115,7 @@ static Flag close_target(FILE *target, Flag written) {
 }
 
 Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length,
-                     const char *shown) {
+                     const char *shown, PlatFile *target_open) {
   if (!source || !target || !data || !length) {
     InternalError(MODULE, __LINE__);
     return 0;
@@ -139,6 +140,17 @@ Flag CopyFileKeeping(const char *source, const char *target, unsigned char **dat
   setvbuf(in, NULL, _IONBF, 0);
   size_t got = fread(block, 1, (size_t)size, in);
   fclose(in);
+  if (target_open && plat_file_create_new(target_open, target)) {
+    if (!plat_file_write(target_open, block, (uint32_t)got)) {
+      ErrorBox(COPY_TEXT_WRITE);
+      plat_file_close(target_open);
+      mm_free(block, MODULE, __LINE__);
+      return 0;
+    }
+    *data = block;
+    *length = (uint32_t)got;
+    return 1;
+  }
   FILE *out = file_open_new_binary(target);
   if (!out) {
     ErrorBoxF(COPY_TEXT_OPEN, target);

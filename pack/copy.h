@@ -50,8 +50,10 @@ Flag CopyFile(const char *source, const char *target, const char *shown = nullpt
 // Keeps its state (buffer and both streams) in module variables for the length of one call:
 // not re-entrant; the installer calls it from its one thread.
 
+struct PlatFile;
+
 Flag CopyFileKeeping(const char *source, const char *target, unsigned char **data, uint32_t *length,
-                     const char *shown = nullptr);
+                     const char *shown = nullptr, PlatFile *target_open = nullptr);
 // CopyFile for a file whose bytes the caller uses next (a packed file, unpacked after its copy),
 // so that it need not be read a second time: the source is read whole into one block of the
 // memory manager (place "copy", not zero-filled) and written to the target in one write; the
@@ -60,6 +62,10 @@ Flag CopyFileKeeping(const char *source, const char *target, unsigned char **dat
 // CopyFile (a short read of the source ends the copy with what was read). When the memory
 // manager has no block of the file's size, or the size can't be learnt, the file is copied by
 // CopyFile itself and *data stays null. After a failure *data is null.
+// With target_open, a target that can be created as a new file is written through the
+// platform (plat_file_create_new) and left open there after a good copy, for the caller to
+// delete or close (its handle stays -1 when the copy took the stream road); after a failure it
+// is closed.
 // A null argument is an internal error ("copy"): 0.
 
 // ---- For tests only ----------------------------------------------------------------------

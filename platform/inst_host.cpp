@@ -299,6 +299,12 @@ Flag plat_file_rename(PlatFile *file, const char *to) {
   return 1;
 }
 
+Flag plat_file_delete(PlatFile *file) {
+  if (file->handle == -1 || unlink(file->path) != 0) return 0;
+  plat_file_close(file);
+  return 1;
+}
+
 void plat_file_close(PlatFile *file) {
   if (file->handle != -1) close((int)file->handle);
   file->handle = -1;

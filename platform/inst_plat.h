@@ -43,6 +43,9 @@ Flag plat_file_write(PlatFile *file, const void *data, uint32_t count);
 Flag plat_file_rename(PlatFile *file, const char *to);
 // Moves the open file to the path to (full, in drive form), replacing a file there, as
 // plat_move_file_over. 1 when moved; 0 when not (the file stays where it is, open).
+Flag plat_file_delete(PlatFile *file);
+// Deletes the open file: it goes when it is closed, which this does. 1 when gone; 0 when it
+// could not be marked (the file is still open and stays).
 void plat_file_close(PlatFile *file);
 // Closes the file when it is open; the handle is -1 afterwards.
 

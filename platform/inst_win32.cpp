@@ -118,7 +118,7 @@ Flag plat_file_create_new(PlatFile *file, const char *path) {
   file->path[0] = 0;
   Wide wide(path);
   if (!wide.ok) return 0;
-  HANDLE handle = CreateFileW(wide.text, GENERIC_WRITE | DELETE, FILE_SHARE_READ, NULL,
+  HANDLE handle = CreateFileW(wide.text, GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, NULL);
   if (handle == INVALID_HANDLE_VALUE) return 0;
   file->handle = (intptr_t)handle;
@@ -154,15 +154,31 @@ struct RenameInformation {
   WCHAR name[WTEXT_PATH + 8];
 };
 typedef LONG(WINAPI *SetInformationFile)(HANDLE, IoStatus *, void *, ULONG, int);
-const int FILE_RENAME_INFORMATION = 10;
+const int FILE_RENAME_INFORMATION = 10, FILE_DISPOSITION_INFORMATION = 13;
+
+SetInformationFile set_information(void) {
+  static SetInformationFile call = (SetInformationFile)(void *)GetProcAddress(
+      GetModuleHandleW(L"ntdll.dll"), "NtSetInformationFile");
+  return call;
+}
 
 }  // namespace
 
+Flag plat_file_delete(PlatFile *file) {
+  if (!set_information() || file->handle == -1) return 0;
+  BOOLEAN gone = TRUE;
+  IoStatus io;
+  memset(&io, 0, sizeof io);
+  if (set_information()((HANDLE)file->handle, &io, &gone, sizeof gone,
+                        FILE_DISPOSITION_INFORMATION) != 0)
+    return 0;
+  plat_file_close(file);
+  return 1;
+}
+
 Flag plat_file_rename(PlatFile *file, const char *to) {
-  static SetInformationFile set_information = (SetInformationFile)(void *)GetProcAddress(
-      GetModuleHandleW(L"ntdll.dll"), "NtSetInformationFile");
   Wide wide(to);
-  if (!set_information || file->handle == -1 || !wide.ok) return 0;
+  if (!set_information() || file->handle == -1 || !wide.ok) return 0;
   RenameInformation info;
   memset(&info, 0, sizeof info);
   wcscpy(info.name, L"\\??\\");
@@ -172,7 +188,7 @@ Flag plat_file_rename(PlatFile *file, const char *to) {
   info.length = (ULONG)((4 + n) * sizeof(WCHAR));
   IoStatus io;
   memset(&io, 0, sizeof io);
-  return set_information((HANDLE)file->handle, &io, &info,
+  return set_information()((HANDLE)file->handle, &io, &info,
                          (ULONG)(offsetof(RenameInformation, name) + info.length),
                          FILE_RENAME_INFORMATION) == 0
              ? 1 : 0;
