@@ -1,6 +1,7 @@
 // fe.cpp - file-name extensions (see fe.h).
 #include "common/fe.h"
 
+#include "common/st.h"
 #include "common/we.h"
 
 #include <string.h>
@@ -49,9 +50,7 @@ Flag name_add_extension(char *name, const char *extension) {
     return 0;
   }
   if (extension_dot(name)) return 0;
-  size_t n = strlen(name);
-  if (n < KX_PATH - 1) name[n++] = '.';
-  for (const char *p = extension; *p && n < KX_PATH - 1; p++) name[n++] = *p;
-  name[n] = 0;
+  st_append(name, KX_PATH, ".");
+  st_append(name, KX_PATH, extension);
   return 1;
 }

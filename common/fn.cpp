@@ -2,6 +2,7 @@
 #include "common/fn.h"
 
 #include "common/fe.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "platform/fn_plat.h"
 
@@ -10,21 +11,6 @@
 #define MODULE "fn"
 
 namespace {
-
-// Copies n characters of text into target (KX_PATH bytes), cut to fit, terminated.
-void put_part(char *target, const char *text, size_t n) {
-  if (!target) return;
-  if (n > KX_PATH - 1) n = KX_PATH - 1;
-  memcpy(target, text, n);
-  target[n] = 0;
-}
-
-// Appends text to target (KX_PATH bytes, terminated), cut to fit.
-void append(char *target, const char *text) {
-  size_t n = strlen(target);
-  while (*text && n < KX_PATH - 1) target[n++] = *text++;
-  target[n] = 0;
-}
 
 // The splitter's cut points: the drive is [0, dir), the directory [dir, name), the name
 // [name, ext), the extension [ext, end).
@@ -57,17 +43,16 @@ bool dropped_from_source(char c) { return c && strchr(".\\/*?:|~,; ", c) != null
 Flag path_split_parts(const char *path, char *drive, char *directory, char *name, char *extension) {
   if (!path) {
     InternalError(MODULE, __LINE__);
-    put_part(drive, "", 0);
-    put_part(directory, "", 0);
-    put_part(name, "", 0);
-    put_part(extension, "", 0);
+    char *parts[] = {drive, directory, name, extension};
+    for (char *part : parts)
+      if (part) part[0] = 0;
     return 0;
   }
   Cuts c = cut_path(path);
-  put_part(drive, path, c.dir);
-  put_part(directory, path + c.dir, c.name - c.dir);
-  put_part(name, path + c.name, c.ext - c.name);
-  put_part(extension, path + c.ext, c.end - c.ext);
+  if (drive) st_put_part(drive, KX_PATH, path, c.dir);
+  if (directory) st_put_part(directory, KX_PATH, path + c.dir, c.name - c.dir);
+  if (name) st_put_part(name, KX_PATH, path + c.name, c.ext - c.name);
+  if (extension) st_put_part(extension, KX_PATH, path + c.ext, c.end - c.ext);
   return 1;
 }
 
@@ -82,19 +67,19 @@ Flag path_merge_parts(char *path, const char *drive, const char *directory, cons
   merged[0] = 0;
   if (drive && drive[0]) {
     char d[3] = {drive[0], ':', 0};
-    append(merged, d);
+    st_append(merged, KX_PATH, d);
   }
   if (directory && directory[0]) {
-    append(merged, directory);
+    st_append(merged, KX_PATH, directory);
     char last = directory[strlen(directory) - 1];
-    if (last != '\\' && last != '/') append(merged, "\\");
+    if (last != '\\' && last != '/') st_append(merged, KX_PATH, "\\");
   }
-  if (name) append(merged, name);
+  if (name) st_append(merged, KX_PATH, name);
   if (extension && extension[0]) {
-    if (extension[0] != '.') append(merged, ".");
-    append(merged, extension);
+    if (extension[0] != '.') st_append(merged, KX_PATH, ".");
+    st_append(merged, KX_PATH, extension);
   }
-  memcpy(path, merged, strlen(merged) + 1);
+  st_put(path, KX_PATH, merged);
   return 1;
 }
 
@@ -105,10 +90,10 @@ Flag path_join(char *name, const char *directory) {
   }
   if (!directory[0]) return 0;
   char joined[KX_PATH];
-  put_part(joined, directory, strlen(directory));
-  if (directory[strlen(directory) - 1] != '\\') append(joined, "\\");
-  append(joined, name);
-  memcpy(name, joined, strlen(joined) + 1);
+  st_put(joined, KX_PATH, directory);
+  if (directory[strlen(directory) - 1] != '\\') st_append(joined, KX_PATH, "\\");
+  st_append(joined, KX_PATH, name);
+  st_put(name, KX_PATH, joined);
   return 1;
 }
 
@@ -120,12 +105,12 @@ Flag path_split(const char *path, char *directory, char *name) {
   Cuts c = cut_path(path);
   // Into buffers of our own first: the outputs may overlap the path.
   char dir[KX_PATH], file[KX_PATH];
-  put_part(dir, path, c.name);
+  st_put_part(dir, KX_PATH, path, c.name);
   size_t n = strlen(dir);
   if (n > 0 && dir[n - 1] == '\\' && c.name <= KX_PATH - 1) dir[n - 1] = 0;
-  put_part(file, path + c.name, c.end - c.name);
-  memcpy(directory, dir, strlen(dir) + 1);
-  memcpy(name, file, strlen(file) + 1);
+  st_put_part(file, KX_PATH, path + c.name, c.end - c.name);
+  st_put(directory, KX_PATH, dir);
+  st_put(name, KX_PATH, file);
   return 1;
 }
 
@@ -136,7 +121,7 @@ Flag same_directory(const char *path, const char *directory) {
   }
   char part[KX_PATH], name[KX_PATH], given[KX_PATH];
   path_split(path, part, name);
-  put_part(given, directory, strlen(directory));
+  st_put(given, KX_PATH, directory);
   size_t n = strlen(given);
   if (n > 0 && given[n - 1] == '\\') given[n - 1] = 0;
   upper_ascii(part);
@@ -162,47 +147,41 @@ Flag name_from_pattern(const char *pattern, const char *source, char *result) {
 
   char made[KX_PATH];
   if (!star) {
-    put_part(made, pattern, strlen(pattern));
+    st_put(made, KX_PATH, pattern);
   } else {
     // Room for all three pieces, so that a long source cannot push the pattern's extension
     // out; the name is cut to 8 characters below anyway.
     char name[3 * KX_PATH];
     size_t before = (size_t)(star - name_pattern);
     if (before > KX_PATH - 1) before = KX_PATH - 1;
-    memcpy(name, name_pattern, before);
-    name[before] = 0;
-    strcat(name, cleaned);
-    strncat(name, star + 1, KX_PATH - 1);
+    st_put_part(name, sizeof name, name_pattern, before);
+    st_append(name, sizeof name, cleaned);
+    size_t used = strlen(name);
+    st_put_part(name + used, sizeof name - used, star + 1, KX_PATH - 1);
     char extension[4] = "";
     const char *ext = name_extension(name);
     bool had_dot = ext != nullptr;
-    if (ext) {
-      size_t k = 0;
-      while (k < 3 && ext[k]) k++;
-      put_part(extension, ext, k);
-    }
+    if (ext) st_put_part(extension, sizeof extension, ext, 3);
     name_cut_extension(name);
     if (strlen(name) > 8) name[8] = 0;
-    put_part(made, pattern, prefix_length);
-    append(made, name);
+    st_put_part(made, KX_PATH, pattern, prefix_length);
+    st_append(made, KX_PATH, name);
     if (had_dot && !strchr(name, '.')) {
-      append(made, ".");
-      append(made, extension);
+      st_append(made, KX_PATH, ".");
+      st_append(made, KX_PATH, extension);
     }
   }
 
   // Relative to the current directory: "X:\" + that drive's directory + "\".
   char letter = 0, directory[KX_PATH];
   if (fn_plat_current_directory(&letter, directory, sizeof directory)) {
-    char prefix[KX_PATH + 8] = {letter, ':', '\\', 0};
-    size_t d = strlen(directory);
-    memcpy(prefix + 3, directory, d);
-    prefix[3 + d] = '\\';
-    prefix[4 + d] = 0;
+    const char drive[] = {letter, ':', '\\', 0};
+    char prefix[KX_PATH + 8];
+    st_join(prefix, sizeof prefix, drive, directory, "\\");
     size_t p = strlen(prefix);
     if (strncmp(made, prefix, p) == 0) memmove(made, made + p, strlen(made + p) + 1);
   }
-  memcpy(result, made, strlen(made) + 1);
+  st_put(result, KX_PATH, made);
   return 1;
 }
 

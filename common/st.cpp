@@ -385,6 +385,18 @@ Flag st_put(char *buffer, size_t size, const char *text) {
   return whole;
 }
 
+Flag st_put_part(char *buffer, size_t size, const char *text, size_t n) {
+  if (size == 0) return 0;
+  if (!text) text = "";
+  const char *end = (const char *)memchr(text, 0, n);
+  if (end) n = (size_t)(end - text);
+  Flag whole = n < size;
+  if (!whole) n = size - 1;
+  memmove(buffer, text, n);
+  buffer[n] = 0;
+  return whole;
+}
+
 Flag st_append(char *buffer, size_t size, const char *text) {
   if (size == 0) return 0;
   const char *end = (const char *)memchr(buffer, 0, size);

@@ -173,6 +173,10 @@ Flag st_cat_char(char *text, char c, int16_t limit);
 Flag st_put(char *buffer, size_t size, const char *text);
 // buffer = text. buffer and text may overlap.
 
+Flag st_put_part(char *buffer, size_t size, const char *text, size_t n);
+// buffer = the first n characters of text (fewer when text ends before them; no byte of text
+// past the n-th is read, so text may be a field without a NUL). 1 when those n went in whole.
+
 Flag st_append(char *buffer, size_t size, const char *text);
 // buffer = buffer + text. A buffer holding no NUL within size counts as full: it is terminated
 // at size - 1 and the result is 0.

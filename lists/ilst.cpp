@@ -1,6 +1,7 @@
 // ilst.cpp - the install lists as bytes (see ilst.h for the layouts).
 #include "lists/ilst.h"
 
+#include "common/st.h"
 #include "common/we.h"
 
 #include <string.h>
@@ -27,27 +28,17 @@ static uint32_t get_u32(const unsigned char *at) {
   return (uint32_t)at[0] | ((uint32_t)at[1] << 8) | ((uint32_t)at[2] << 16) | ((uint32_t)at[3] << 24);
 }
 
-// Length of text up to its first NUL, looking at no more than limit bytes.
-static size_t bounded_length(const char *text, size_t limit) {
-  size_t n = 0;
-  while (n < limit && text[n] != 0) n++;
-  return n;
-}
-
 // Writes at most limit characters of text into a field of field bytes, zero after them.
 // limit < field always, so a text field keeps its terminating NUL.
 static void put_text(unsigned char *at, size_t field, const char *text, size_t limit) {
-  size_t n = bounded_length(text, limit);
-  memcpy(at, text, n);
-  memset(at + n, 0, field - n);
+  memset(at, 0, field);
+  st_put_part((char *)at, limit + 1, text, limit);
 }
 
 // Takes a field's text up to its first NUL and at most limit characters; text has limit + 1
 // bytes.
 static void get_text(const unsigned char *at, size_t limit, char *text) {
-  size_t n = bounded_length((const char *)at, limit);
-  memcpy(text, at, n);
-  text[n] = 0;
+  st_put_part(text, limit + 1, (const char *)at, limit);
 }
 
 // ---- DISKLIST.LST --------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // ssc.cpp - line scanning: see ssc.h.
 #include "pack/ssc.h"
 
+#include "common/st.h"
 #include "common/we.h"
 
 #include <string.h>
@@ -28,13 +29,6 @@ static void trim_trailing_blanks(char *text) {
   text[n] = '\0';
 }
 
-// Copies n characters of from into the buffer of size bytes, cut and terminated.
-static void copy_cut(char *to, int32_t size, const char *from, size_t n) {
-  if (n > (size_t)(size - 1)) n = (size_t)(size - 1);
-  memcpy(to, from, n);
-  to[n] = '\0';
-}
-
 Flag SplitFirstWord(char *line, char *word, int32_t word_size) {
   if (!line || !word || word_size < 1) {
     InternalError(MODULE, __LINE__);
@@ -52,7 +46,7 @@ Flag SplitFirstWord(char *line, char *word, int32_t word_size) {
   if (!*start) return 0;
   const char *end = start;
   while (*end && !is_white(*end)) end++;
-  copy_cut(word, word_size, start, (size_t)(end - start));
+  st_put_part(word, (size_t)word_size, start, (size_t)(end - start));
   memmove(line, end, strlen(end) + 1);
   trim_leading_blanks(line);
   return 1;
@@ -97,7 +91,7 @@ Flag ExtractDelimited(char *line, char *out, char delimiter, int32_t out_size) {
   if (!first) return 0;
   char *second = strchr(first + 1, delimiter);
   if (!second || second == first + 1) return 0;
-  copy_cut(out, out_size, first + 1, (size_t)(second - first - 1));
+  st_put_part(out, (size_t)out_size, first + 1, (size_t)(second - first - 1));
   memmove(first, second + 1, strlen(second + 1) + 1);
   return 1;
 }

@@ -2,6 +2,7 @@
 #include "tools/mkmedium/listedit.h"
 
 #include "common/mm.h"
+#include "common/st.h"
 #include "lists/ilst.h"
 #include "tools/mkmedium/medium.h"
 #include "tools/mkmedium/medium_plat.h"
@@ -212,7 +213,7 @@ int medium_edit_main(int argc, char **argv) {
   int rc = 0;
   for (int i = 1; i < argc && rc == 0; i++) {
     char edit[KX_PATH];
-    snprintf(edit, sizeof edit, "%s", argv[i]);
+    st_put(edit, sizeof edit, argv[i]);
     char *equals = strchr(edit, '=');
     char *colon = strchr(edit, ':');
     if (!equals || (colon && colon > equals)) colon = nullptr;

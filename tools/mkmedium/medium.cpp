@@ -6,6 +6,7 @@
 #include "common/cz.h"
 #include "common/file.h"
 #include "common/mm.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "lists/ilst.h"
 #include "pack/zip_util.h"
@@ -182,15 +183,6 @@ static Flag fail(Build *b, const char *format, ...) {
   return 0;
 }
 
-// Copies the texts one after another into text (size bytes), cut to fit.
-static void put_cut(char *text, size_t size, const char *a, const char *b = "", const char *c = "") {
-  const char *parts[3] = {a, b, c};
-  size_t n = 0;
-  for (const char *part : parts)
-    for (const char *p = part; *p && n + 1 < size; p++) text[n++] = *p;
-  text[n] = 0;
-}
-
 // A Windows-1250 name shown in a message (UTF-8), optionally after its subdirectory.
 struct Shown {
   char text[RAW_NAME_SIZE * 2 + 8];
@@ -200,7 +192,7 @@ static const char *show(Shown *s, const char *directory, const char *name) {
   char a[NAME_SIZE * 3 + 1], c[RAW_NAME_SIZE * 3 + 1];
   medium_cp1250_to_utf8(directory ? directory : "", a, sizeof a);
   medium_cp1250_to_utf8(name, c, sizeof c);
-  put_cut(s->text, sizeof s->text, a, directory ? "\\" : "", c);
+  st_join(s->text, sizeof s->text, a, directory ? "\\" : "", c);
   return s->text;
 }
 
@@ -208,14 +200,14 @@ static const char *show(Shown *s, const char *directory, const char *name) {
 static const char *show_native(Shown *s, const char *directory, const char *native) {
   char a[NAME_SIZE * 3 + 1];
   medium_cp1250_to_utf8(directory ? directory : "", a, sizeof a);
-  put_cut(s->text, sizeof s->text, a, directory ? "\\" : "", native);
+  st_join(s->text, sizeof s->text, a, directory ? "\\" : "", native);
   return s->text;
 }
 
 // dir + separator + name into path (KX_PATH bytes); 0 when it does not fit.
 static Flag join(char *path, const char *directory, const char *name) {
-  int n = snprintf(path, KX_PATH, "%s%c%s", directory, medium_plat_separator, name);
-  return n > 0 && n < KX_PATH;
+  const char separator[] = {medium_plat_separator, 0};
+  return st_join(path, KX_PATH, directory, separator, name);
 }
 
 static Flag join_failed(Build *b, const char *directory, const char *name) {
@@ -248,7 +240,7 @@ static Flag set_find(NameSet *set, const char *key, Flag add) {
     if (strcmp(set->slots[i], key) == 0) return 1;
     i = (i + 1) & set->mask;
   }
-  if (add) memcpy(set->slots[i], key, strlen(key) + 1);
+  if (add) st_put(set->slots[i], NAME_SIZE, key);
   return 0;
 }
 
@@ -323,7 +315,7 @@ static Flag take_name(Build *b, const char *directory, const char *native, char 
     return fail(b, "%s: the name cannot be written in Windows-1250", show_native(&s, directory, native));
   char what[120];
   if (medium_name_fault(text, what, sizeof what)) return fail(b, "%s: %s", show(&s, directory, text), what);
-  memcpy(name, text, strlen(text) + 1);
+  st_put(name, NAME_SIZE, text);
   return 1;
 }
 
@@ -362,7 +354,7 @@ static Flag on_entry(void *context, const char *native, int16_t kind, uint64_t s
     l->capacity = capacity;
   }
   Raw *r = &l->raw[l->count++];
-  put_cut(r->native, sizeof r->native, native);
+  st_put(r->native, sizeof r->native, native);
   r->kind = kind;
   r->size = size;
   return 1;
@@ -403,11 +395,11 @@ static Flag add_file(Build *b, const Raw *raw, const char *name, int32_t directo
     b->file_capacity = capacity;
   }
   Entry *e = &b->files[b->file_count++];
-  memcpy(e->name, name, strlen(name) + 1);
+  st_put(e->name, sizeof e->name, name);
   medium_upper(name, e->key, sizeof e->key);
   e->directory = directory;
   if (directory >= 0) memcpy(e->directory_key, b->directories[directory].key, NAME_SIZE);
-  put_cut(e->native, sizeof e->native, raw->native);
+  st_put(e->native, sizeof e->native, raw->native);
   e->size = (uint32_t)raw->size;
   if (is_list_name(e->key))
     return fail(b, "%s: the name is kept for the installer's own list", show(&s, dir_name, name));
@@ -456,7 +448,7 @@ static Flag scan_tree(Build *b) {
       Subdirectory *d = &b->directories[b->directory_count++];
       memcpy(d->name, name, NAME_SIZE);
       medium_upper(name, d->key, sizeof d->key);
-      put_cut(d->native, sizeof d->native, r->native);
+      st_put(d->native, sizeof d->native, r->native);
     } else if (r->kind != MEDIUM_FILE) {
       ok = fail(b, "%s: not a regular file", show(&s, nullptr, name));
     }
@@ -657,7 +649,7 @@ static Flag read_descriptions(Build *b) {
 
 static void ascii_name(const char *name, char *out) {
   size_t n = strlen(name);
-  memcpy(out, name, n + 1);
+  st_put(out, NAME_SIZE, name);
   cz_strip(out);
   for (size_t i = 0; i < n; i++)
     if ((unsigned char)out[i] >= 0x80) out[i] = '_';
@@ -668,21 +660,21 @@ static void candidate(const char *base, Flag packed, uint32_t k, char *out) {
   size_t n = strlen(base);
   if (!packed) {
     if (k == 0) {
-      memcpy(out, base, n + 1);
+      st_put(out, NAME_SIZE, base);
       return;
     }
     k--;
   }
   if (k == 0) {
-    memcpy(out, base, n + 1);
+    st_put(out, NAME_SIZE, base);
     out[n - 1] = '_';
     return;
   }
   char number[16];
   int digits = snprintf(number, sizeof number, "%u_", (unsigned)k);
   size_t keep = n > (size_t)digits ? n - (size_t)digits : 0;
-  memcpy(out, base, keep);
-  memcpy(out + keep, number, (size_t)digits + 1);
+  st_put_part(out, NAME_SIZE, base, keep);
+  st_append(out, NAME_SIZE, number);
 }
 
 static Flag assign_stored_names(Build *b) {
@@ -862,7 +854,7 @@ static Flag copy_file(Build *b, const char *from, const char *to, uint32_t size)
 static Flag disk_directory(Build *b, uint16_t disk, char *path) {
   const char *output = b->options->output;
   if (b->options->flat) {
-    snprintf(path, KX_PATH, "%s", output);
+    st_put(path, KX_PATH, output);
     return 1;
   }
   char name[16];
@@ -877,7 +869,7 @@ static Flag write_list(Build *b, const char *path) {
   if (!bytes) return fail(b, "out of memory");
   ListHeader h;
   memset(&h, 0, sizeof h);
-  snprintf(h.text, sizeof h.text, "%s", b->options->title ? b->options->title : MEDIUM_TITLE_DEFAULT);
+  st_put(h.text, sizeof h.text, b->options->title ? b->options->title : MEDIUM_TITLE_DEFAULT);
   h.count = (uint16_t)b->file_count;
   h.packed = b->options->packed ? 1 : 0;
   ilst_encode_header(&h, bytes);
@@ -887,7 +879,7 @@ static Flag write_list(Build *b, const char *path) {
     memset(&r, 0, sizeof r);
     memcpy(r.name, e->name, NAME_SIZE);
     memcpy(r.stored, e->stored, NAME_SIZE);
-    if (e->directory < 0) snprintf(r.directory, sizeof r.directory, "%s", ILST_ROOT_DIRECTORY);
+    if (e->directory < 0) st_put(r.directory, sizeof r.directory, ILST_ROOT_DIRECTORY);
     else memcpy(r.directory, b->directories[e->directory].name, NAME_SIZE);
     r.size = e->size;
     r.disk = e->disk;
@@ -1051,7 +1043,7 @@ Flag medium_list(const char *path, FILE *out, char *message, size_t size) {
   }
   if (message && size) message[0] = 0;
   char list[KX_PATH];
-  snprintf(list, sizeof list, "%s", path);
+  st_put(list, sizeof list, path);
   if (medium_plat_kind(path) == MEDIUM_DIRECTORY) {
     char disk1[KX_PATH];
     if (!join(list, path, "DISKLIST.LST")) return list_fail(message, size, "%s: the path is too long", path);

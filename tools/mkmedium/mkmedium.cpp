@@ -9,6 +9,7 @@
 #include "tools/mkmedium/release.h"
 
 #include "common/co.h"
+#include "common/st.h"
 #include "common/we.h"
 
 #include <stdio.h>
@@ -110,7 +111,7 @@ static void print_cp1250(FILE *stream, const char *text) {
 // Every error box of the libraries becomes one line on standard error.
 static void box_to_stderr(void *, const char *text, const char *title, unsigned) {
   char heading[WE_TEXT_SIZE];
-  snprintf(heading, sizeof heading, "%s", title ? title : "");
+  st_put(heading, sizeof heading, title);
   char *start = heading;
   while (*start == ' ') start++;
   size_t n = strlen(start);

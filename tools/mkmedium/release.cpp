@@ -6,6 +6,7 @@
 #include "tools/mkmedium/verify.h"
 
 #include "common/mm.h"
+#include "common/st.h"
 
 #include <stdarg.h>
 #include <stdlib.h>
@@ -144,16 +145,12 @@ Flag copy_file(const char *from, const char *to) {
 Flag sign_one(const char *command, const char *path, MediumResult *result) {
   char line[COMMAND_SIZE] = "", quoted[KX_PATH * 2 + 8];
   if (!medium_plat_quote(path, quoted, sizeof quoted)) return fail(result, "%s: the path cannot be quoted", path);
-  size_t at = 0;
   for (const char *p = command; *p; p++) {
-    const char *piece = p[0] == '{' && p[1] == '}' ? quoted : nullptr;
-    size_t n = piece ? strlen(piece) : 1;
-    if (at + n + 1 > sizeof line) return fail(result, "the signing command is too long");
-    if (piece) memcpy(line + at, piece, n), p++;
-    else line[at] = *p;
-    at += n;
+    const char one[] = {*p, 0};
+    const bool braces = p[0] == '{' && p[1] == '}';
+    if (!st_append(line, sizeof line, braces ? quoted : one)) return fail(result, "the signing command is too long");
+    if (braces) p++;
   }
-  line[at] = 0;
   int code = medium_plat_run(line);
   if (code != 0) return fail(result, "signing %s failed (exit %d)", path, code);
   return 1;

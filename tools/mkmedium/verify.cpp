@@ -5,6 +5,7 @@
 #include "tools/mkmedium/medium_plat.h"
 
 #include "common/mm.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "lists/ilst.h"
 #include "pack/ssc.h"
@@ -59,7 +60,7 @@ const char *show(Shown *s, const char *text) {
 // SUBDIR\NAME (or NAME) of a record, as UTF-8.
 const char *installed(Shown *s, const ListRecord *r) {
   char path[ILST_NAME_FIELD * 2 + 2];
-  if (strcmp(r->directory, ILST_ROOT_DIRECTORY) == 0) snprintf(path, sizeof path, "%s", r->name);
+  if (strcmp(r->directory, ILST_ROOT_DIRECTORY) == 0) st_put(path, sizeof path, r->name);
   else snprintf(path, sizeof path, "%s\\%s", r->directory, r->name);
   return show(s, path);
 }
