@@ -136,17 +136,20 @@ TEST(Strings, SearchAndWildcardsWithoutBacktracking) {
 }
 
 TEST(Strings, PutAppendJoinIntoABufferOfKnownSize) {
-  // op: 'p' put, 'a' append to "ab", 'j' join "ab" + text + "/"; size: the buffer's bytes.
+  // op: 'p' put, 'n' put the first two characters, 'a' append to "ab", 'j' join "ab" + text +
+  // "/"; size: the buffer's bytes.
   struct Row { int n; char op; size_t size; const char *text, *want; Flag whole; } rows[] = {
       {1, 'p', 4, "abc", "abc", 1}, {2, 'p', 3, "abc", "ab", 0}, {3, 'p', 1, "abc", "", 0},
       {4, 'p', 4, nullptr, "", 1}, {5, 'a', 5, "cd", "abcd", 1}, {6, 'a', 4, "cd", "abc", 0},
       {7, 'a', 3, "", "ab", 1}, {8, 'j', 6, "cd", "abcd/", 1}, {9, 'j', 5, "cd", "abcd", 0},
-      {10, 'j', 6, nullptr, "ab/", 1}, {11, 'p', 0, "abc", "", 0}};
+      {10, 'j', 6, nullptr, "ab/", 1}, {11, 'p', 0, "abc", "", 0}, {12, 'n', 3, "abc", "ab", 1},
+      {13, 'n', 2, "abc", "a", 0}, {14, 'n', 3, "a", "a", 1}};
   for (const Row &r : rows) {
     char buffer[12];
     memset(buffer, '#', sizeof buffer);
     if (r.op == 'a') memcpy(buffer, "ab", 3);
     Flag whole = r.op == 'p'   ? st_put(buffer, r.size, r.text)
+                 : r.op == 'n' ? st_put_part(buffer, r.size, r.text, 2)
                  : r.op == 'a' ? st_append(buffer, r.size, r.text)
                                : st_join(buffer, r.size, "ab", r.text, "/");
     EXPECT_EQ(r.whole, whole) << "row " << r.n;

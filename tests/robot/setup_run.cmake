@@ -1,7 +1,7 @@
 # Runs one robot script against SETUP.EXE under Wine, with the quick-launch folder of the
-# prefix's user made or removed first:
+# prefix's user removed first (absent) or left as it is (any):
 #   cmake -DRUN=wine-run.sh -DROBOT=kxrobot.exe -DSCRIPT=x.kxr -DSETUP=SETUP.exe
-#         -DQUICK_LAUNCH=present|absent|any [-DMEDIUM=dir -DFRESH_TARGET=name -DPLANT=path]
+#         -DQUICK_LAUNCH=absent|any [-DMEDIUM=dir -DFRESH_TARGET=name -DPLANT=path]
 #         -P setup_run.cmake
 # The script gets SETUP (the program), SETUP_DIR (the program's directory as the installer
 # shows it: "Z:" + the path in upper case, with "\" at the end), and with MEDIUM also
@@ -24,11 +24,7 @@ if(NOT QUICK_LAUNCH STREQUAL "any")
     message(FATAL_ERROR "setup_run: no single AppData\\Roaming in $ENV{WINEPREFIX}: '${roaming}'")
   endif()
   set(folder "${roaming}/Microsoft/Internet Explorer/Quick Launch")
-  if(QUICK_LAUNCH STREQUAL "present")
-    file(MAKE_DIRECTORY "${folder}")
-  else()
-    file(REMOVE_RECURSE "${folder}")
-  endif()
+  file(REMOVE_RECURSE "${folder}")
   message(STATUS "setup_run: quick-launch folder ${QUICK_LAUNCH}: ${folder}")
 endif()
 

@@ -71,7 +71,9 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
   HDC screen = GetDC(nullptr);
   int dpi = GetDeviceCaps(screen, LOGPIXELSY);
   ReleaseDC(nullptr, screen);
-  if (getenv("KX_EXPECT_DPI")) EXPECT_EQ(atoi(getenv("KX_EXPECT_DPI")), dpi) << "display DPI";
+  if (getenv("KX_EXPECT_DPI")) {
+    EXPECT_EQ(atoi(getenv("KX_EXPECT_DPI")), dpi) << "display DPI";
+  }
   LOGFONTW font;
   GetObjectW((HFONT)SendMessageW(w, WM_GETFONT, 0, 0), sizeof font, &font);
   EXPECT_EQ(-MulDiv(8, dpi, 72), font.lfHeight) << "dialog font height at " << dpi << " DPI";
@@ -113,8 +115,9 @@ TEST(SwInstDialog, LayoutFitsAndNothingOverlaps) {
     EXPECT_LE(size.bottom, r.bottom) << "item " << id << " is too low for its text";
     // Buttons and boxes (common controls 6) also say what size their text and frame want.
     SIZE ideal = {0, 0};
-    if (room >= 8 && SendMessageW(item, BCM_GETIDEALSIZE, 0, (LPARAM)&ideal))
+    if (room >= 8 && SendMessageW(item, BCM_GETIDEALSIZE, 0, (LPARAM)&ideal)) {
       EXPECT_LE(ideal.cx, r.right) << "item " << id << " wants " << ideal.cx << " pixels, has " << r.right;
+    }
   }
   EXPECT_EQ(0u, boxes.count()) << boxes.dump();
   dialog_end(dialog, 0);

@@ -32,11 +32,11 @@ inline bool is_class(HWND window, const char *cls) {
   return !lstrcmpiA(name, cls);
 }
 
-// What a window shows: title, owner, the non-empty texts of its visible statics, its buttons
-// and the items of its list box, each in window order.
+// What a window shows: title, owner, the non-empty texts of its visible statics and its
+// buttons, each in window order.
 struct Seen {
   std::string title;
-  std::vector<std::string> statics, buttons, list;
+  std::vector<std::string> statics, buttons;
   HWND owner = nullptr;
 };
 
@@ -48,10 +48,6 @@ inline Seen read_window(HWND w) {
     if (!IsWindowVisible(c)) continue;
     if (is_class(c, "Button")) s.buttons.push_back(text_1250(c));
     if (is_class(c, "Static") && !text_1250(c).empty()) s.statics.push_back(text_1250(c));
-    for (LRESULT i = 0, n = is_class(c, "ListBox") ? SendMessageW(c, LB_GETCOUNT, 0, 0) : 0; i < n; i++) {
-      wchar_t item[2048] = {0};
-      s.list.push_back(from_wide(item, (int)SendMessageW(c, LB_GETTEXT, (WPARAM)i, (LPARAM)item)));
-    }
   }
   return s;
 }
