@@ -26,7 +26,8 @@ Flag medium_plat_make_directory(const char *path);
 // Makes the directory (its parent must exist). Returns 1 when made, else 0.
 
 Flag medium_plat_to_cp1250(const char *native, char *text, size_t size);
-// Converts a native name (UTF-8 on the native build, the ANSI code page on Windows) to
+// Converts a native name (UTF-8 on the native build; Windows-1250 already on Windows, where the
+// names come through the wide calls and one that 1250 cannot hold comes with "?") to
 // Windows-1250 into text (size bytes). Returns 1; 0 when the name is not valid in its code page,
 // holds a character that Windows-1250 lacks, or does not fit.
 

@@ -18,6 +18,8 @@
 #ifdef KX_WIN32
 #include <fcntl.h>
 #include <io.h>
+
+#include "platform/wtext.h"
 #endif
 
 static const char kHelp[] =
@@ -142,6 +144,8 @@ int main(int argc, char **argv) {
 #ifdef KX_WIN32
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
+  // Paths and texts in Windows-1250, as the builder takes them, whatever the ANSI code page.
+  if (!wtext_arguments(&argc, &argv)) return usage("an argument holds a character that Windows-1250 lacks");
 #endif
   we_set_box_hook(box_to_stderr);
   MediumOptions options;
