@@ -9,11 +9,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
-  return 0;
-}
-
 static const Date PATTERN = {0x5A5A, 0x5A5A, 0x5A5A};
 
 static void check_parsed(Flag ok, const Date &date, const char *what) {

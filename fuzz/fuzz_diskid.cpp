@@ -8,12 +8,10 @@
 
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 
 static InstallState *state;
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
   state = (InstallState *)calloc(1, sizeof *state);
   snprintf(state->source_path, sizeof state->source_path, "%s", fuzz_scratch_dir());
   snprintf(state->target_path, sizeof state->target_path, "%s", fuzz_scratch_dir());

@@ -9,11 +9,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
-  return 0;
-}
-
 static char *path_buffer(void) {
   char *buffer = (char *)malloc(KX_PATH);
   memset(buffer, 0x5A, KX_PATH);

@@ -9,11 +9,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
-  return 0;
-}
-
 static void check_text(const char *text, size_t field, size_t max, const char *what) {
   const char *end = (const char *)memchr(text, 0, field);
   FUZZ_CHECK(end != NULL, "%s is not terminated", what);

@@ -9,11 +9,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
-  return 0;
-}
-
 static const char CHARS[] = {'|', ';', ' ', '\t', ':', '"', '0', 0};
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

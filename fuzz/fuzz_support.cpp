@@ -14,10 +14,7 @@ static int16_t quiet_dialog(int16_t, void *, const char *, const char *) {
   return 7;  // "No" to every question; notices take any answer
 }
 
-void fuzz_silence(void) {
-  we_set_box_hook(quiet_box);
-  we_set_dialog_hook(quiet_dialog);
-}
+[[maybe_unused]] static const int silenced = (we_set_box_hook(quiet_box), we_set_dialog_hook(quiet_dialog), 0);
 
 // run.sh starts every target in a scratch directory of its own.
 const char *fuzz_scratch_dir(void) { return "./"; }

@@ -7,9 +7,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Installs box and dialog hooks that show nothing (every question answers "No"). Call once from
-// LLVMFuzzerInitialize.
-void fuzz_silence(void);
+// Every target starts silenced: box and dialog hooks that show nothing (every question answers
+// "No") are installed before the fuzzer runs.
 
 // The directory for the target's own files, with "/" at the end: the current directory, which
 // run.sh makes afresh for every run.

@@ -15,7 +15,6 @@
 static char path[600], saved[600];
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
   snprintf(path, sizeof path, "%sIN.WCO", fuzz_scratch_dir());
   snprintf(saved, sizeof saved, "%sOUT.WCO", fuzz_scratch_dir());
   return 0;

@@ -17,11 +17,6 @@
 
 enum { PLAIN_LIMIT = 256 * 1024 };
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-  fuzz_silence();
-  return 0;
-}
-
 // Inflates with zlib into plain (PLAIN_LIMIT + 1 bytes). Returns 1 for a complete stream, 0 for
 // a bad or cut one, -1 when it passes the limit.
 static int reference(const uint8_t *data, size_t size, uint8_t *plain, size_t *plain_length) {

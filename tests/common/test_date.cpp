@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <stdio.h>
-#include <stdlib.h>
 
 #include <string>
 

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <string.h>
 #include <string>
 

@@ -5,12 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <math.h>
-#include <stdio.h>
 #include <string.h>
-#include <time.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 

@@ -6,7 +6,6 @@
 #include "store/wco.h"
 
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include <string.h>
@@ -213,19 +212,18 @@ void InstallTest::write_source_file(const std::string &name, const std::string &
   write_local(local(source_ + name), data);
 }
 
-void InstallTest::write_medium(const Medium &medium, bool stored_files) {
+void InstallTest::write_medium(const Medium &medium) {
   ListHeader header;
   memset(&header, 0, sizeof header);
   strcpy(header.text, "KORVEX 5");
   header.count = (uint16_t)medium.records.size();
-  header.packed = medium.packed;
   std::string list(ILST_HEADER_SIZE, '\0');
   ilst_encode_header(&header, (unsigned char *)&list[0]);
   for (const ListRecord &r : medium.records) {
     std::string bytes(ILST_RECORD_SIZE, '\0');
     ilst_encode_record(&r, (unsigned char *)&bytes[0]);
     list += bytes;
-    if (stored_files && r.stored[0]) {
+    if (r.stored[0]) {
       std::string data;
       while (data.size() < r.size) data += r.stored;
       data.resize(r.size);

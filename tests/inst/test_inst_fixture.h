@@ -22,7 +22,6 @@ struct Asked {
 };
 
 struct Medium {
-  Flag packed = 0;
   std::vector<ListRecord> records;
 };
 
@@ -43,7 +42,7 @@ class InstallTest : public ::testing::Test {
   void clear_target();
   // Writes DISKLIST.LST, A.KORV and every stored file (contents: the stored name repeated to
   // the record's size) into the source directory.
-  void write_medium(const Medium &medium, bool stored_files = true);
+  void write_medium(const Medium &medium);
   void write_source_file(const std::string &name, const std::string &data);
   void write_local(const std::string &path, const std::string &data);
 

@@ -6,11 +6,8 @@
 #include "platform/reg.h"
 #include "store/wco.h"
 
-#include <filesystem>
-
 #include <string.h>
 
-namespace fs = std::filesystem;
 using insttest::InstallTest;
 using insttest::Medium;
 using insttest::file_record;

@@ -90,7 +90,7 @@ TEST_F(InstallTest, WrongDiskNumberAsksAgain) {
   Medium m = three_files();
   m.records[2].disk = 1;
   m.records[2].stored[0] = 'X';   // XTIMNE.TXT: not in the source yet
-  write_medium(m, true);
+  write_medium(m);
   fs::remove(local(source_ + "XTIMNE.TXT"));
   int notices = 0;
   on_notice = [&](const std::string &) {

@@ -9,7 +9,6 @@
 #include <string.h>
 #include <zlib.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 

@@ -6,9 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <functional>
 #include <string>
 #include <string.h>
 #include <vector>

@@ -7,9 +7,6 @@
 #include "tests/support/kxtest.h"
 #include "toolkit/wgd.h"
 
-#include <stdio.h>
-#include <stdlib.h>
-
 #include <string>
 
 namespace {
