@@ -8,7 +8,8 @@
 #include <stdint.h>
 
 // Every target starts silenced: box and dialog hooks that show nothing (every question answers
-// "No") are installed before the fuzzer runs.
+// "No") are installed before the fuzzer runs. fuzz_box_count: the boxes and dialogs so far.
+long fuzz_box_count(void);
 
 // The directory for the target's own files, with "/" at the end: the current directory, which
 // run.sh makes afresh for every run.
