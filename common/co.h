@@ -6,8 +6,8 @@
 #ifndef KX_CO_H
 #define KX_CO_H
 
-#include <stdint.h>
 #include <stddef.h>
+#include <stdint.h>
 
 typedef int16_t Flag;
 

@@ -59,10 +59,10 @@ Duration duration_new(void);
 // ---- Names ---------------------------------------------------------------------------------
 // Days are indexed from Monday (0) to Sunday (6), months from January (0) to December (11).
 
-const char *date_day_cz(int16_t index);     // "pondělí" ... "neděle"
-const char *date_day_en(int16_t index);     // "Mon" ... "Sun"
-const char *date_month_cz(int16_t index);   // "leden" ... "prosinec"
-const char *date_month_en(int16_t index);   // "Jan" ... "Dec"
+const char *date_day_cz(int16_t index);    // "pondělí" ... "neděle"
+const char *date_day_en(int16_t index);    // "Mon" ... "Sun"
+const char *date_month_cz(int16_t index);  // "leden" ... "prosinec"
+const char *date_month_en(int16_t index);  // "Jan" ... "Dec"
 // The name of the given index. An index out of range raises SwitchError and returns "???".
 // The names are constant texts, not static buffers.
 

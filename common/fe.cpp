@@ -14,10 +14,8 @@ namespace {
 const char *extension_dot(const char *name) {
   const char *dot = nullptr;
   for (const char *p = name; *p; p++) {
-    if (*p == '\\' || *p == '/' || *p == ':')
-      dot = nullptr;
-    else if (*p == '.')
-      dot = p;
+    if (*p == '\\' || *p == '/' || *p == ':') dot = nullptr;
+    else if (*p == '.') dot = p;
   }
   return dot;
 }

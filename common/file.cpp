@@ -22,17 +22,17 @@ const char FILE_DESIGN_HEADER[] = "KX900 Design file \r\n";
 const char FILE_TEXT_WRITE[] = "Do souboru %s nelze zapisovat (plný disk?)";
 
 struct FileObject {
-  int16_t mode;            // open mode, 0 while closed
-  char path[KX_PATH];      // as given at creation (cut)
-  FILE *stream;            // modes 1-8 while open
-  const char *input;       // mode 10: the caller's buffer
-  char *output;            // mode 11: the buffer the file allocated
-  int32_t memory_size;     // size of input resp. output
-  int32_t preset_size;     // size of the next mode-11 buffer, 0: the default
-  int32_t position;        // modes 9-11
-  int32_t length;          // modes 9-11: bytes written (mode 10: memory_size)
-  Flag owns_memory;        // output is freed with the object
-  Flag write_error;        // a write has failed and was reported since the open
+  int16_t mode;         // open mode, 0 while closed
+  char path[KX_PATH];   // as given at creation (cut)
+  FILE *stream;         // modes 1-8 while open
+  const char *input;    // mode 10: the caller's buffer
+  char *output;         // mode 11: the buffer the file allocated
+  int32_t memory_size;  // size of input resp. output
+  int32_t preset_size;  // size of the next mode-11 buffer, 0: the default
+  int32_t position;     // modes 9-11
+  int32_t length;       // modes 9-11: bytes written (mode 10: memory_size)
+  Flag owns_memory;     // output is freed with the object
+  Flag write_error;     // a write has failed and was reported since the open
 };
 
 // ---- Open-file statistics ------------------------------------------------------------------
@@ -405,8 +405,7 @@ Flag file_write(FileObject *file, const void *buffer, int32_t count) {
       file->position += count;
       if (file->position > file->length) file->length = file->position;
       return 1;
-    default:
-      break;
+    default: break;
   }
   if (!stream_mode(file->mode)) {
     InternalError(MODULE, __LINE__);
@@ -514,7 +513,9 @@ Flag file_seek(FileObject *file, int32_t offset, int16_t origin) {
     }
     return 1;
   }
-  int64_t base = origin == FILE_FROM_START ? 0 : origin == FILE_FROM_HERE ? file->position : file->length;
+  int64_t base = origin == FILE_FROM_START  ? 0
+                 : origin == FILE_FROM_HERE ? file->position
+                                            : file->length;
   int64_t at = base + offset;
   int64_t limit = file->mode == FILE_COUNT ? INT32_MAX : file->memory_size;
   if (at < 0 || at > limit) {
@@ -649,13 +650,10 @@ Flag design_header_ok(FileObject *file) {
   switch (file->mode) {
     case FILE_READ_BINARY:
     case FILE_WRITE_READ_BINARY:
-    case FILE_UPDATE_BINARY:
-      break;
+    case FILE_UPDATE_BINARY: break;
     case FILE_COUNT:
     case FILE_MEMORY_READ:
-    case FILE_MEMORY_WRITE:
-      InternalError(MODULE, __LINE__);
-      return 0;
+    case FILE_MEMORY_WRITE: InternalError(MODULE, __LINE__); return 0;
     default:  // text modes, write-only binary, closed: no header can be read here
       InternalError(MODULE, __LINE__);
       return 0;

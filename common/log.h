@@ -16,7 +16,7 @@
 
 #include "co.h"
 
-enum { LOG_LINE_SIZE = 2048 };   // a formatted line (Windows-1250) is cut at 2047 characters
+enum { LOG_LINE_SIZE = 2048 };  // a formatted line (Windows-1250) is cut at 2047 characters
 
 Flag log_open(const char *path);
 // Creates the log file at path (Windows-1250; an existing file is emptied) and keeps it open.

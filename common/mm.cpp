@@ -22,16 +22,20 @@ static const char MODULE[] = "mm";
 const char MM_LOG_NAME[] = "MMBIN.MM";
 
 static const char UNKNOWN_PLACE[] = "UNKNOWN";
-static const char MSG_WATCHED_DAMAGED[] = "      Chyba! Pamet kontrolovaneho ukazatele %08lX byla prepsana!";
-static const char MSG_FREE_DAMAGED[] = "      Chyba! Uvolnovana pamet byla na zacatku nebo konci bloku prepsana";
+static const char MSG_WATCHED_DAMAGED[] =
+    "      Chyba! Pamet kontrolovaneho ukazatele %08lX byla prepsana!";
+static const char MSG_FREE_DAMAGED[] =
+    "      Chyba! Uvolnovana pamet byla na zacatku nebo konci bloku prepsana";
 static const char MSG_TAIL_DAMAGED[] = "      Chyba! Uvolnovana pamet byla na konci bloku prepsana";
-static const char MSG_HEAD_DAMAGED[] = "      Chyba! Uvolnovana pamet byla na zacatku bloku prepsana";
+static const char MSG_HEAD_DAMAGED[] =
+    "      Chyba! Uvolnovana pamet byla na zacatku bloku prepsana";
 static const char MSG_TEST_WATCHED[] = "Test kontrolovanych ukazatelu";
 static const char MSG_CANNOT_OPEN[] = "Nelze otevrit soubor %s!";
-static const char MSG_STATISTICS_ON[] = "\nStatistika alokace pameti aktivni - spust program MMCH32.EXE !!!\n";
+static const char MSG_STATISTICS_ON[] =
+    "\nStatistika alokace pameti aktivni - spust program MMCH32.EXE !!!\n";
 
-static const uint32_t NO_SIZE = 0xFFFFFFFFu;     // size field of releases and checks
-static const int32_t MAX_GUARDED = 0x7FFFFFFF;    // largest user area of a guarded block
+static const uint32_t NO_SIZE = 0xFFFFFFFFu;    // size field of releases and checks
+static const int32_t MAX_GUARDED = 0x7FFFFFFF;  // largest user area of a guarded block
 
 // The allocation record and the text record of the log, as the program holds them.
 struct MmRecord {
@@ -53,15 +57,15 @@ struct MmText {
 
 // ---- Manager state ---------------------------------------------------------------------------
 
-static Flag mm_off = 1;             // 1 while guarded mode is off
-static Flag mm_started = 0;         // guarded mode has been switched on in this run
+static Flag mm_off = 1;      // 1 while guarded mode is off
+static Flag mm_started = 0;  // guarded mode has been switched on in this run
 static FILE *mm_log_file = NULL;
 static uint32_t mm_seq = 0;
 uint32_t mm_watch_seq = 0xFFFFFFFFu;
 static void *mm_watched[MM_WATCH_MAX];
 
-static MmRecord mm_record;          // shared by kinds 2..8: unwritten fields keep their values
-static MmRecord mm_log_record;      // kind 1 only
+static MmRecord mm_record;      // shared by kinds 2..8: unwritten fields keep their values
+static MmRecord mm_log_record;  // kind 1 only
 static MmText mm_text;
 static char mm_command_line[MM_TEXT_SIZE];
 
@@ -481,10 +485,8 @@ void mm_check_release(void *block, const char *file, int32_t line) {
 
 void mm_release(void *block) {
   if (block == NULL) return;
-  if (mm_off)
-    free(block);
-  else
-    guarded_give(block);
+  if (mm_off) free(block);
+  else guarded_give(block);
 }
 
 // ---- Checks and the watched table ------------------------------------------------------------

@@ -107,12 +107,12 @@
 enum {
   MM_RECORD_SIZE = 38,
   MM_TEXT_RECORD_SIZE = 210,
-  MM_NAME_SIZE = 14,          // name field; the name itself is cut to MM_NAME_MAX characters
+  MM_NAME_SIZE = 14,  // name field; the name itself is cut to MM_NAME_MAX characters
   MM_NAME_MAX = MM_NAME_SIZE - 1,
-  MM_TEXT_SIZE = 200,         // text field; at most 199 characters
+  MM_TEXT_SIZE = 200,  // text field; at most 199 characters
   MM_GUARD_WORDS = 100,
-  MM_GUARD_SIZE = 400,        // bytes of each guard; the user area starts this far into the block
-  MM_WATCH_MAX = 100          // entries of the watched table
+  MM_GUARD_SIZE = 400,  // bytes of each guard; the user area starts this far into the block
+  MM_WATCH_MAX = 100    // entries of the watched table
 };
 
 enum {
@@ -127,7 +127,7 @@ enum {
 };
 
 // The log's name, in the current directory.
-extern const char MM_LOG_NAME[];   // "MMBIN.MM"
+extern const char MM_LOG_NAME[];  // "MMBIN.MM"
 
 // Sequence number of an allocation that is put into the watched table automatically as soon as
 // it is made. 0xFFFFFFFF, which matches no allocation; a developer changes it in the debugger to

@@ -239,7 +239,8 @@ int16_t st_natural(const char *a, const char *b) {
   while (is_digit(a[na + da])) da++;
   while (is_digit(b[nb + db])) db++;
   int16_t number_a, number_b;
-  if (!digits_to_number(a + na, da, &number_a) || !digits_to_number(b + nb, db, &number_b)) return 0;
+  if (!digits_to_number(a + na, da, &number_a) || !digits_to_number(b + nb, db, &number_b))
+    return 0;
   if (number_a != number_b) return number_a < number_b ? -1 : 1;
   return st_collate(a + na + da, b + nb + db);
 }

@@ -68,10 +68,8 @@ static void show_box(const char *text, const char *title, unsigned flags) {
   }
   void *owner = we_main_window_handle();
   DisableThreadWindows();
-  if (box_hook)
-    box_hook(owner, text ? text : "", title, flags);
-  else
-    we_plat_message_box(owner, text ? text : "", title, flags);
+  if (box_hook) box_hook(owner, text ? text : "", title, flags);
+  else we_plat_message_box(owner, text ? text : "", title, flags);
   EnableThreadWindows();
   report_after(WE_REPORT_BOX, title, text, 1);
 }
@@ -85,7 +83,9 @@ static void format_bounded(char *buffer, size_t size, const char *format, va_lis
   buffer[size - 1] = 0;
 }
 
-void ErrorBox(const char *text) { show_box(text, WE_TITLE_ERROR, WE_MB_BOX | WE_MB_ICONEXCLAMATION); }
+void ErrorBox(const char *text) {
+  show_box(text, WE_TITLE_ERROR, WE_MB_BOX | WE_MB_ICONEXCLAMATION);
+}
 
 void ErrorBoxV(const char *format, va_list args) {
   char text[WE_TEXT_SIZE];
@@ -114,7 +114,9 @@ static void fault_report(const char *title, const char *module, int16_t line) {
 
 void SwitchError(const char *module, int16_t line) { fault_report(WE_TITLE_SWITCH, module, line); }
 
-void InternalError(const char *module, int16_t line) { fault_report(WE_TITLE_INTERNAL, module, line); }
+void InternalError(const char *module, int16_t line) {
+  fault_report(WE_TITLE_INTERNAL, module, line);
+}
 
 Flag SetStatusText(const char *text) {
   if (text && reporter_set && reporter.status) reporter.status(reporter.context, text);
@@ -181,13 +183,12 @@ static int16_t answer(int16_t kind, void *owner, const char *text) {
   int code = dialog_code(kind, owner, WE_TITLE_QUESTION, text);
   if (code == 0) return 0;  // not shown: the negative answer
   switch (kind) {
-    case WE_DIALOG_QUESTION:
-      return code == WE_ANSWER_YES ? 1 : 0;
+    case WE_DIALOG_QUESTION: return code == WE_ANSWER_YES ? 1 : 0;
     case WE_DIALOG_QUESTION_CANCEL:
       return code == WE_ANSWER_YES ? 1 : code == WE_ANSWER_NO ? 0 : -1;
     default:
-      return code == WE_ANSWER_YES ? 1
-             : code == WE_ANSWER_ALL ? 2
+      return code == WE_ANSWER_YES      ? 1
+             : code == WE_ANSWER_ALL    ? 2
              : code == WE_ANSWER_CANCEL ? -1
                                         : 0;
   }
@@ -203,7 +204,7 @@ static Flag format_question(char *text, const char *format, va_list args) {
   return 1;
 }
 
-#define KX_QUESTION_FORMS(Name, kind)                                                   \
+#define KX_QUESTION_FORMS(Name, kind)                                                    \
   int16_t Name(const char *text) { return answer(kind, we_main_window_handle(), text); } \
   int16_t Name(void *owner, const char *text) { return answer(kind, owner, text); }      \
   int16_t Name##F(const char *format, ...) {                                             \

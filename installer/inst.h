@@ -17,16 +17,16 @@ struct FileObject;
 
 // The installer's one state record, owned by the installer dialog.
 struct InstallState {
-  ListHeader header;            // DISKLIST.LST's header as read by the last rewind
-  ListRecord record;            // its current record (installer/inst_list.h)
+  ListHeader header;  // DISKLIST.LST's header as read by the last rewind
+  ListRecord record;  // its current record (installer/inst_list.h)
 
-  char source_path[KX_PATH];    // with trailing "\"
-  char target_path[KX_PATH];    // drive, ":" and trailing "\"
+  char source_path[KX_PATH];  // with trailing "\"
+  char target_path[KX_PATH];  // drive, ":" and trailing "\"
   Flag desktop_icon;
   Flag quick_launch_icon;
-  FileObject *list;             // the open DISKLIST.LST, null until the first rewind
+  FileObject *list;  // the open DISKLIST.LST, null until the first rewind
   uint16_t records_read;
-  uint64_t total_size;          // sum of the sizes of the list's records (the space check)
+  uint64_t total_size;  // sum of the sizes of the list's records (the space check)
 };
 
 // What the procedure needs of the installer dialog. The dialog registers itself with
@@ -34,8 +34,8 @@ struct InstallState {
 struct InstallDialog {
   void *context;
   void (*set_line)(void *context, int16_t item, const char *text);  // progress items 18..21
-  void (*pump)(void *context);             // process pending window messages
-  void (*bring_to_front)(void *context);   // make the dialog active and the foreground window
+  void (*pump)(void *context);            // process pending window messages
+  void (*bring_to_front)(void *context);  // make the dialog active and the foreground window
   // Both may be null. batch(1): the texts of one file after another follow, which the dialog
   // may paint at a slower pace (their windows hold every text at once all the same); batch(0):
   // that has ended, whatever is not painted yet is painted. paint: paint the status line and
@@ -47,9 +47,9 @@ struct InstallDialog {
 enum { INST_LINE_FIRST = 18, INST_LINE_LAST = 21 };
 
 // Module state.
-extern Flag abort_requested;     // set by the abort button; cleared at the start of each run
-extern Flag config_taken_over;   // the previous installation's configuration was loaded
-extern int16_t current_disk;     // 0-based disk the transfer loop expects
+extern Flag abort_requested;    // set by the abort button; cleared at the start of each run
+extern Flag config_taken_over;  // the previous installation's configuration was loaded
+extern int16_t current_disk;    // 0-based disk the transfer loop expects
 
 Flag inst_set_dialog(const InstallDialog *dialog);
 // Stores (a copy of) the dialog description. Null: InternalError("inst"), 0. Else 1.
@@ -78,8 +78,8 @@ Flag CheckAbort(void);
 
 Flag RecordInstalledFile(const char *path, const char *part2, const char *part3);
 Flag RecordCreatedDirectory(const char *path);
-Flag RecordOtherItem(const char *key);     // key under HKEY_CLASSES_ROOT
-Flag RecordMachineKey(const char *key);    // key under HKEY_LOCAL_MACHINE
+Flag RecordOtherItem(const char *key);   // key under HKEY_CLASSES_ROOT
+Flag RecordMachineKey(const char *key);  // key under HKEY_LOCAL_MACHINE
 // Append one UNINST.LST record of kind 0, 1, 2, 3; the path is the concatenation of the given
 // parts (null parts are empty). Do nothing while UNINST.LST is not open. Always 1; a null first
 // argument is an internal error.

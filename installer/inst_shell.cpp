@@ -27,7 +27,8 @@ namespace {
 // The maker's server, named in the HTML Help notices.
 const char MAKER_SERVER[] = "http://www.korvex.cz/";
 
-const char SHELL_FOLDERS[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+const char SHELL_FOLDERS[] =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 const char APP_PATH_KEY[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\AppPaths\\KORV5.EXE";
 const char UNINSTALL_KEY[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\KORVEX";
 const char CONFIG_KEY_1[] = "SOFTWARE\\KORV";
@@ -160,8 +161,9 @@ Flag UpdateStartMenu(InstallState *state) {
       }
       break;
     default:
-      ErrorBox("Neznámá verze operačního systému¨\nNelze zjistit adresář nabídky "
-               "Start|Programy");
+      ErrorBox(
+          "Neznámá verze operačního systému¨\nNelze zjistit adresář nabídky "
+          "Start|Programy");
       return 0;
   }
 
@@ -169,7 +171,7 @@ Flag UpdateStartMenu(InstallState *state) {
   // made relative to the current directory.
   char group[KX_PATH];
   st_join(group, sizeof group, folder, (folder[0] && !ends_in_backslash(folder)) ? "\\" : "",
-       "KORVEX");
+          "KORVEX");
   plat_make_directory(group);
   if (!plat_change_directory(group)) {
     ErrorBoxF("Nelze přejít do adresáře %s", group);
@@ -237,7 +239,7 @@ Flag UpdateQuickLaunch(InstallState *state) {
   }
   char folder[KX_PATH];
   st_join(folder, sizeof folder, data, ends_in_backslash(data) ? "" : "\\",
-       "Microsoft\\Internet Explorer\\Quick Launch");
+          "Microsoft\\Internet Explorer\\Quick Launch");
   return main_link_in(state, folder,
                       "Nelze přejít do adresáře %s\nDo systémové lišty nelze doplnit ikonu,\nVáš "
                       "systém Windows tuto funkci nepodporuje.");
@@ -274,8 +276,7 @@ Flag UninstallDetails(const InstallState *state) {
   const int16_t root = REG_ROOT_LOCAL_MACHINE;
   char data[KX_PATH + 16];
   Flag ok = 1;
-  snprintf(data, sizeof data, "%d.%03d-%03d", KX_VERSION_MAJOR, KX_VERSION_MINOR,
-           KX_VERSION_BUILD);
+  snprintf(data, sizeof data, "%d.%03d-%03d", KX_VERSION_MAJOR, KX_VERSION_MINOR, KX_VERSION_BUILD);
   ok = SetRegistryValue(root, UNINSTALL_KEY, "DisplayVersion", data) && ok;
   ok = SetRegistryValue(root, UNINSTALL_KEY, "InstallLocation", state->target_path) && ok;
   st_join(data, sizeof data, program_dir, MAIN_PROGRAM, ",0");
@@ -432,10 +433,10 @@ Flag CheckHtmlHelp(InstallState *state) {
   char text[512];
   if (!exists(package)) {
     st_join(text, sizeof text,
-         "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat "
-         "aplikaci HTML HELP (Microsoft). Servisní balíček HHUPD.EXE lze získat zdarma na "
-         "serverech firmy Microsoft nebo na našem serveru ",
-         MAKER_SERVER, " ");
+            "Nebyla nalezena knihovna HHCTRL.OCX. Pro práci s nápovědou je třeba nainstalovat "
+            "aplikaci HTML HELP (Microsoft). Servisní balíček HHUPD.EXE lze získat zdarma na "
+            "serverech firmy Microsoft nebo na našem serveru ",
+            MAKER_SERVER, " ");
     NoticeBox(text);
     return 1;
   }
@@ -443,9 +444,9 @@ Flag CheckHtmlHelp(InstallState *state) {
                    "nainstalovat aplikaci HTML HELP (Microsoft). Má se nyní spustit instalace "
                    "tohoto servisního balíčku?")) {
     st_join(text, sizeof text,
-         "Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). Servisní balíček "
-         "HHUPD.EXE lze získat zdarma na serverech firmy Microsoft nebo na našem serveru ",
-         MAKER_SERVER, " ");
+            "Do systému je třeba doinstalovat aplikaci HTML HELP (Microsoft). Servisní balíček "
+            "HHUPD.EXE lze získat zdarma na serverech firmy Microsoft nebo na našem serveru ",
+            MAKER_SERVER, " ");
     NoticeBox(text);
     return 1;
   }
@@ -490,7 +491,7 @@ Flag CreateFunctionList(InstallState *state) {
 // ---- Configuration update ------------------------------------------------------------------
 
 static void set_path(ConfigStore *store, const char *section, const char *key, char *field,
-              const char *a, const char *b = nullptr, const char *c = nullptr) {
+                     const char *a, const char *b = nullptr, const char *c = nullptr) {
   char value[KX_PATH];
   st_join(value, KX_PATH, a, b, c);
   st_put(field, IFL_LONG_TEXT + 1, value);

@@ -8,16 +8,16 @@
 
 enum { STARTUP_DRIVE = 4 };
 
-extern char program_drive[STARTUP_DRIVE];   // "C:" or ""
-extern char program_dir[KX_PATH];           // "\SETUP\"
-extern char design_file_name[KX_PATH];      // "DESIGN.D32" by default
-extern char command_rest[KX_PATH];          // every argument but the design name, blank-separated
-extern Flag function_list_switch;           // "$f" / "$F"
-extern Flag second_switch;                  // "$m" / "$M"
-extern char configuration_path[KX_PATH];    // the system configuration file in use
-extern char system_drive[STARTUP_DRIVE];    // "c:", the drive of the default system_path
-                                            // "\KORV5\"; its letter follows the program's drive
-extern int16_t extra_argument_count;        // plain arguments after the design name
+extern char program_drive[STARTUP_DRIVE];  // "C:" or ""
+extern char program_dir[KX_PATH];          // "\SETUP\"
+extern char design_file_name[KX_PATH];     // "DESIGN.D32" by default
+extern char command_rest[KX_PATH];         // every argument but the design name, blank-separated
+extern Flag function_list_switch;          // "$f" / "$F"
+extern Flag second_switch;                 // "$m" / "$M"
+extern char configuration_path[KX_PATH];   // the system configuration file in use
+extern char system_drive[STARTUP_DRIVE];   // "c:", the drive of the default system_path
+                                           // "\KORV5\"; its letter follows the program's drive
+extern int16_t extra_argument_count;       // plain arguments after the design name
 
 extern const char STARTUP_DEFAULT_DESIGN[];     // "DESIGN"
 extern const char STARTUP_DEFAULT_EXTENSION[];  // "D32"
@@ -52,11 +52,11 @@ Flag startup_read_command_line(int argc, char **argv);
 // ---- The system configuration ------------------------------------------------------------
 //
 // The registry key of the suite, under HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE, and its values.
-extern const char STARTUP_REGISTRY_KEY[];     // "Software\KORV\KORVEX\5"
-extern const char STARTUP_USER_VALUE[];       // "user_wco_path"   (HKEY_CURRENT_USER)
-extern const char STARTUP_SYSTEM_VALUE[];     // "system_wco_path" (HKEY_LOCAL_MACHINE)
-extern const char STARTUP_SYSTEM_FILE[];      // "SYSTEM.WCO"
-extern const char STARTUP_DESIGN_DIRECTORY[]; // "Navrhy"
+extern const char STARTUP_REGISTRY_KEY[];      // "Software\KORV\KORVEX\5"
+extern const char STARTUP_USER_VALUE[];        // "user_wco_path"   (HKEY_CURRENT_USER)
+extern const char STARTUP_SYSTEM_VALUE[];      // "system_wco_path" (HKEY_LOCAL_MACHINE)
+extern const char STARTUP_SYSTEM_FILE[];       // "SYSTEM.WCO"
+extern const char STARTUP_DESIGN_DIRECTORY[];  // "Navrhy"
 
 Flag LocateConfiguration(void);
 // Finds the system configuration file and loads it into the process-wide store

@@ -49,21 +49,22 @@ enum {
   SW_INST_END = 15,
   SW_INST_ABORT = 16,
   SW_INST_STATUS = 17,
-  SW_INST_LINE_FIRST = 18,   // four text lines, 18 to 21
+  SW_INST_LINE_FIRST = 18,  // four text lines, 18 to 21
   SW_INST_LINE_COUNT = 4
 };
 
 enum { SW_INST_WINDOW_TYPE = 100 };  // the window type the factory opens this dialog for
 
 // ---- Fixed texts -----------------------------------------------------------------------------
-extern const char SW_INST_TITLE[];             // "Instalace návrhového systému pro elektroniku KORVEX"
-extern const char SW_INST_HEADING_FONT[];      // "Times New Roman"
+extern const char SW_INST_TITLE[];  // "Instalace návrhového systému pro elektroniku KORVEX"
+extern const char SW_INST_HEADING_FONT[];                      // "Times New Roman"
 extern const char *const SW_INST_WELCOME[SW_INST_LINE_COUNT];  // lines 18..21 at opening
 extern const char *const SW_INST_CLOSING[SW_INST_LINE_COUNT];  // lines 18..21 after success
-extern const char SW_INST_TEXT_SUCCESS[];      // "Instalace proběhla úspěšně"
-extern const char SW_INST_TEXT_FAILURE[];      // "Instalace nebyla úspěšná"
-extern const char SW_INST_SHELL_FOLDERS[];     // "Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders"
-extern const char SW_INST_QUICK_LAUNCH_TAIL[]; // "Microsoft\Internet Explorer\Quick Launch"
+extern const char SW_INST_TEXT_SUCCESS[];                      // "Instalace proběhla úspěšně"
+extern const char SW_INST_TEXT_FAILURE[];                      // "Instalace nebyla úspěšná"
+extern const char
+    SW_INST_SHELL_FOLDERS[];  // "Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders"
+extern const char SW_INST_QUICK_LAUNCH_TAIL[];  // "Microsoft\Internet Explorer\Quick Launch"
 
 // ---- Text rules (no window needed) -----------------------------------------------------------
 
@@ -110,19 +111,19 @@ class InstallerDialog : public Dialog {
   // Buttons 8, 11, 12, 13, 14, 15, 16, the path fields' EN_KILLFOCUS, and Cancel (the close
   // box, Esc) as "&Konec" while that button is enabled.
 
-  Flag open();                         // the opening as above (on_init runs it once)
-  void set_status(const char *text);   // item 17
+  Flag open();                                    // the opening as above (on_init runs it once)
+  void set_status(const char *text);              // item 17
   void set_line(int16_t item, const char *text);  // items 18..21; other items are ignored
-  void run_install();                  // what Start does
-  void end();                          // what "&Konec" does: closes the dialog, ends the program
+  void run_install();                             // what Start does
+  void end();  // what "&Konec" does: closes the dialog, ends the program
 
-  int16_t window_type;                 // stored by the window factory
+  int16_t window_type;  // stored by the window factory
   InstallState *state;
   Flag quick_launch_available;
-  Flag installing;                     // InstallProcedure is running
-  Flag opened;                         // the opening has run (it runs once)
-  Flag closing;                        // "&Konec" taken: the window is going away
-  void *heading_font;                  // HFONT of item 1, null until opening
+  Flag installing;     // InstallProcedure is running
+  Flag opened;         // the opening has run (it runs once)
+  Flag closing;        // "&Konec" taken: the window is going away
+  void *heading_font;  // HFONT of item 1, null until opening
 };
 
 void sw_inst_run_unattended(const SetupSwitches *switches, Flag by_itself);

@@ -78,8 +78,8 @@ void ulw_open(UninstallWriter *w) {
   w->count = 0;
   char here[KX_PATH];
   if (!plat_current_directory(here, KX_PATH) ||
-      !st_join(w->path, sizeof w->path, here,
-               here[0] && here[strlen(here) - 1] == '\\' ? "" : "\\", UNINSTALL_LIST_NAME))
+      !st_join(w->path, sizeof w->path, here, here[0] && here[strlen(here) - 1] == '\\' ? "" : "\\",
+               UNINSTALL_LIST_NAME))
     st_put(w->path, sizeof w->path, UNINSTALL_LIST_NAME);
   if (!file_create(&w->file, w->path)) return;
   Flag existing = file_exists(w->path);

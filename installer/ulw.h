@@ -19,11 +19,11 @@ struct FileObject;
 enum { ULW_ROOM_RECORDS = 3 };
 
 struct UninstallWriter {
-  FileObject *file;          // null while the list is not open
-  int32_t count;             // whole records in the file: the next goes to this place
-  Flag room;                 // room is held after the last record
+  FileObject *file;  // null while the list is not open
+  int32_t count;     // whole records in the file: the next goes to this place
+  Flag room;         // room is held after the last record
   unsigned char room_record[ILST_UNINSTALL_SIZE];
-  char path[KX_PATH];        // the list's full path, for reopening and cutting
+  char path[KX_PATH];  // the list's full path, for reopening and cutting
 };
 
 void ulw_open(UninstallWriter *writer);

@@ -25,7 +25,8 @@ static void put_u32(unsigned char *at, uint32_t value) {
 static uint16_t get_u16(const unsigned char *at) { return (uint16_t)(at[0] | (at[1] << 8)); }
 
 static uint32_t get_u32(const unsigned char *at) {
-  return (uint32_t)at[0] | ((uint32_t)at[1] << 8) | ((uint32_t)at[2] << 16) | ((uint32_t)at[3] << 24);
+  return (uint32_t)at[0] | ((uint32_t)at[1] << 8) | ((uint32_t)at[2] << 16) |
+         ((uint32_t)at[3] << 24);
 }
 
 // Writes at most limit characters of text into a field of field bytes, zero after them.

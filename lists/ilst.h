@@ -71,17 +71,17 @@ enum {
   ILST_RECORD_SIZE = 140,
   ILST_UNINSTALL_SIZE = 1028,
 
-  ILST_HEADER_TEXT_FIELD = 82,   // bytes of the header's text field
-  ILST_HEADER_TEXT_MAX = 80,     // characters kept of it
-  ILST_NAME_FIELD = 17,          // bytes of each name field of a record
-  ILST_NAME_MAX = 16,            // characters of a name
+  ILST_HEADER_TEXT_FIELD = 82,  // bytes of the header's text field
+  ILST_HEADER_TEXT_MAX = 80,    // characters kept of it
+  ILST_NAME_FIELD = 17,         // bytes of each name field of a record
+  ILST_NAME_MAX = 16,           // characters of a name
   ILST_DESCRIPTION_FIELD = 82,
   ILST_DESCRIPTION_MAX = 80,
   ILST_UNINSTALL_PATH_FIELD = 1026,
-  ILST_UNINSTALL_PATH_MAX = KX_PATH - 1,   // 1023
+  ILST_UNINSTALL_PATH_MAX = KX_PATH - 1,  // 1023
 
-  ILST_DISKS_MAX = 26,           // "A.KORV" to "Z.KORV"
-  ILST_DISK_ID_NAME = 7          // bytes of a disk identification file name with its NUL
+  ILST_DISKS_MAX = 26,   // "A.KORV" to "Z.KORV"
+  ILST_DISK_ID_NAME = 7  // bytes of a disk identification file name with its NUL
 };
 
 // Offsets of the fields (see the tables above).
@@ -107,14 +107,14 @@ enum {
 
 // Kinds of UNINST.LST records.
 enum {
-  UNINST_FILE = 0,          // an installed file
-  UNINST_DIRECTORY = 1,     // a created directory, without a trailing "\"
-  UNINST_CLASSES_KEY = 2,   // a registry key under HKEY_CLASSES_ROOT
-  UNINST_MACHINE_KEY = 3    // a registry key under HKEY_LOCAL_MACHINE
+  UNINST_FILE = 0,         // an installed file
+  UNINST_DIRECTORY = 1,    // a created directory, without a trailing "\"
+  UNINST_CLASSES_KEY = 2,  // a registry key under HKEY_CLASSES_ROOT
+  UNINST_MACHINE_KEY = 3   // a registry key under HKEY_LOCAL_MACHINE
 };
 
 // The directory field's value for the target directory itself.
-extern const char ILST_ROOT_DIRECTORY[];   // "."
+extern const char ILST_ROOT_DIRECTORY[];  // "."
 
 struct ListHeader {
   uint16_t reserved0;
@@ -130,7 +130,7 @@ struct ListRecord {
   char stored[ILST_NAME_MAX + 1];
   char directory[ILST_NAME_MAX + 1];
   uint32_t size;
-  uint16_t disk;                               // 0-based
+  uint16_t disk;  // 0-based
   char description[ILST_DESCRIPTION_MAX + 1];
 };
 

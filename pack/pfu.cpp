@@ -158,8 +158,8 @@ static const struct {
   uint16_t bit;
   uint16_t keeps;
 } status_order[] = {
-    {0x0001, 0},      {0x0002, 0x0004}, {0x0008, 0},      {0x0004, 0x000A}, {0x0020, 0},
-    {0x0040, 0},      {0x0080, 0},      {0x0100, 0},      {0x0200, 0},
+    {0x0001, 0}, {0x0002, 0x0004}, {0x0008, 0}, {0x0004, 0x000A}, {0x0020, 0},
+    {0x0040, 0}, {0x0080, 0},      {0x0100, 0}, {0x0200, 0},
 };
 
 // The bits a status change may clear: 0x0001 to 0x0200 less 0x0010.
@@ -297,8 +297,8 @@ Flag FillDescriptors(FunctionTable *table, const PfuWindow *window, FunctionReco
   return 1;
 }
 
-Flag FillDescriptorByName(FunctionTable *table, const PfuWindow *window,
-                          FunctionRecord *descriptor, const char *config_name) {
+Flag FillDescriptorByName(FunctionTable *table, const PfuWindow *window, FunctionRecord *descriptor,
+                          const char *config_name) {
   if (!table || !descriptor || !config_name) {
     PFU_FAULT();
     return 0;

@@ -38,16 +38,16 @@
 typedef int32_t (*PfuHandler)(int32_t argument);
 
 struct FunctionRecord {
-  int32_t id;             // ID_CODE; 0 in a descriptor means no function
-  uint16_t status;        // PFU_ST_* bits
-  uint16_t options;       // copied with the record; PFU_OPT_EXEMPT, see SetFunctionStatus
-  int16_t type;           // FT_TYPE: PFU_FT_* bits
-  uint32_t help_code;     // HELP_CODE: the help topic number
-  uint32_t link;          // a target other than a handler, opaque here (the toolkit's menus)
-  PfuHandler handler;     // the action run by InvokeFunction
+  int32_t id;               // ID_CODE; 0 in a descriptor means no function
+  uint16_t status;          // PFU_ST_* bits
+  uint16_t options;         // copied with the record; PFU_OPT_EXEMPT, see SetFunctionStatus
+  int16_t type;             // FT_TYPE: PFU_FT_* bits
+  uint32_t help_code;       // HELP_CODE: the help topic number
+  uint32_t link;            // a target other than a handler, opaque here (the toolkit's menus)
+  PfuHandler handler;       // the action run by InvokeFunction
   const char *config_name;  // CONFIG: name in the configuration files, may be null. In a
                             // static table the program's text; in a descriptor its own copy.
-  uint16_t key;           // accelerator key code; 0: taken from the menu text's "&" letter
+  uint16_t key;             // accelerator key code; 0: taken from the menu text's "&" letter
 };
 
 // Status bits. A status change (SetFunctionStatus) knows the bits 0x0001, 0x0002, 0x0004, 0x0008,
@@ -191,8 +191,8 @@ Flag FillDescriptors(FunctionTable *table, const PfuWindow *window, FunctionReco
 // Returns 1; 0 at the first fill that failed (the descriptors after it are not filled); 0 after
 // an internal error for a null table or array.
 
-Flag FillDescriptorByName(FunctionTable *table, const PfuWindow *window,
-                          FunctionRecord *descriptor, const char *config_name);
+Flag FillDescriptorByName(FunctionTable *table, const PfuWindow *window, FunctionRecord *descriptor,
+                          const char *config_name);
 // Fills descriptor from the first record (tables in order) whose configuration name equals
 // config_name by st_cmp. Returns FillDescriptor's result; 0 without a message when no record
 // has that name; 0 after an internal error for a null table, descriptor or config_name.

@@ -4,8 +4,8 @@
 
 #include "platform/wtext.h"
 
-#include <string.h>
 #include <windows.h>
+#include <string.h>
 
 Flag fn_plat_current_directory(char *letter, char *directory, size_t size) {
   wchar_t wide[WTEXT_PATH];

@@ -362,8 +362,7 @@ Flag plat_run_and_wait(const char *program, const char *argument, const char *di
   ssize_t got = read(report[0], &child_errno, sizeof child_errno);
   close(report[0]);
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {}
   if (got == (ssize_t)sizeof child_errno) return 0;
   *exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return 1;
@@ -384,8 +383,7 @@ void plat_sleep(int32_t milliseconds) {
   inst_host_slept += milliseconds;
   if (fake_sleep) return;
   struct timespec wait = {milliseconds / 1000, (long)(milliseconds % 1000) * 1000000L};
-  while (nanosleep(&wait, &wait) != 0 && errno == EINTR) {
-  }
+  while (nanosleep(&wait, &wait) != 0 && errno == EINTR) {}
 }
 
 Flag plat_windows_platform(int32_t *platform_id) {

@@ -14,9 +14,9 @@ Flag plat_drive_ready(const char *drive);
 Flag plat_free_space(const char *drive, uint32_t *free_clusters, uint32_t *sectors_per_cluster,
                      uint32_t *bytes_per_sector);
 // GetDiskFreeSpaceA of the drive's root. 0 on failure.
-Flag plat_change_directory(const char *path);   // SetCurrentDirectoryA; 1 on success
-Flag plat_make_directory(const char *path);     // CreateDirectoryA; 1 on success
-Flag plat_remove_directory(const char *path);   // RemoveDirectoryA (empty only); 1 on success
+Flag plat_change_directory(const char *path);  // SetCurrentDirectoryA; 1 on success
+Flag plat_make_directory(const char *path);    // CreateDirectoryA; 1 on success
+Flag plat_remove_directory(const char *path);  // RemoveDirectoryA (empty only); 1 on success
 // A null path gives 0 in all three. Natively the drive letter of a path given in drive form
 // becomes the drive that "\..." paths lie on.
 Flag plat_current_directory(char *buffer, int32_t size);
@@ -98,7 +98,7 @@ void inst_host_set_library(const char *name, Flag present);
 // dlopen; up to 8 names. A null name forgets all of them.
 void inst_host_fake_sleep(Flag fake);
 // 1: plat_sleep only adds to inst_host_slept and returns at once.
-extern int32_t inst_host_slept;   // milliseconds asked of plat_sleep since the last reset
+extern int32_t inst_host_slept;  // milliseconds asked of plat_sleep since the last reset
 #endif
 
 #endif

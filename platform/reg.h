@@ -51,12 +51,12 @@ void reg_test_fail_flush(int16_t root);
 // reg_set_dword call ('D', data in decimal) and every reg_flush call ('F'), in the order of the calls, failed ones included (ok = 0). Texts are cut to fit.
 enum { REG_TEST_VALUE_NAME = 256, REG_TEST_LOG_SIZE = 128 };
 struct RegTestWrite {
-  char op;                            // 'S', 'D' or 'F'
+  char op;  // 'S', 'D' or 'F'
   int16_t root;
   Flag ok;
   char key[KX_PATH];
-  char value[REG_TEST_VALUE_NAME];    // "" for the default value and for flushes
-  char data[KX_PATH];                 // "" for flushes
+  char value[REG_TEST_VALUE_NAME];  // "" for the default value and for flushes
+  char data[KX_PATH];               // "" for flushes
 };
 int32_t reg_test_log_count(void);
 // Number of logged calls (at most REG_TEST_LOG_SIZE; later calls are not logged). Windows: 0.

@@ -20,16 +20,16 @@ struct HostKey {
 
 struct HostValue {
   Flag used;
-  int16_t key;                        // index into keys
-  char name[REG_TEST_VALUE_NAME];     // "" = default value
-  char data[KX_PATH];                 // a DWORD value: its number in decimal
-  Flag dword;                         // a REG_DWORD value
+  int16_t key;                     // index into keys
+  char name[REG_TEST_VALUE_NAME];  // "" = default value
+  char data[KX_PATH];              // a DWORD value: its number in decimal
+  Flag dword;                      // a REG_DWORD value
 };
 
 struct Denied {
   Flag used;
   int16_t root;
-  char path[KX_PATH];                 // "" = the whole root
+  char path[KX_PATH];  // "" = the whole root
 };
 
 HostKey keys[KEYS];

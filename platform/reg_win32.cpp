@@ -7,8 +7,8 @@
 #include "common/mm.h"
 #include "platform/wtext.h"
 
-#include <string.h>
 #include <windows.h>
+#include <string.h>
 
 namespace {
 
@@ -62,7 +62,7 @@ Flag reg_get_string(int16_t root, const char *key, const char *value, char *buff
       char *bytes = (char *)(text + room);
       DWORD got = room * sizeof(wchar_t);
       if (RegQueryValueExW(handle, value_name(name), nullptr, &type, (BYTE *)text, &got) ==
-              ERROR_SUCCESS) {
+          ERROR_SUCCESS) {
         text[room - 1] = 0;
         if (wtext_out(text, bytes, room)) {
           size_t n = strlen(bytes);

@@ -5,11 +5,11 @@
 
 #include "platform/wtext.h"
 
-#include <string.h>
 #include <windows.h>
 #include <objbase.h>
 #include <shlobj.h>
 #include <shobjidl.h>
+#include <string.h>
 
 namespace {
 
@@ -51,8 +51,8 @@ void shl_begin(void) { CoInitialize(nullptr); }
 Flag shl_link_create(void) {
   link_object = nullptr;
   persist_file = nullptr;
-  HRESULT result = CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
-                                    IID_IShellLinkW, (void **)&link_object);
+  HRESULT result = CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
+                                    (void **)&link_object);
   if (FAILED(result)) link_object = nullptr;
   return link_object != nullptr;
 }

@@ -26,7 +26,6 @@ void we_plat_enable_thread_windows(int enable) {
   EnumThreadWindows(GetCurrentThreadId(), enable_one, (LPARAM)(enable ? TRUE : FALSE));
 }
 
-
 // Without the toolkit's dialogs: the plain message box with the nearest buttons. Kinds 0..2 are
 // the questions (yes/no, yes/no/cancel, yes/no/all/cancel, the last without "all"), 3 and 4 the
 // notice and the message. The box's answers become the dialogs' codes (yes 1, no 7, cancel 2).

@@ -29,14 +29,14 @@ Flag wtext_out(const wchar_t *wide, char *text, size_t size) {
   text[0] = 0;
   if (!wide) return 0;
   BOOL lost = FALSE;
-  int needed = WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, wide, -1, nullptr, 0, nullptr,
-                                   &lost);
+  int needed =
+      WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, wide, -1, nullptr, 0, nullptr, &lost);
   if (needed <= 0 || lost) return 0;  // a character that 1250 lacks: no "?" for it
   if ((size_t)needed <= size)
     return WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, wide, -1, text, (int)size, nullptr,
                                nullptr) > 0;
-  int n = WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, wide, (int)size - 1, text,
-                              (int)size - 1, nullptr, nullptr);
+  int n = WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, wide, (int)size - 1, text, (int)size - 1,
+                              nullptr, nullptr);
   text[n > 0 ? n : 0] = 0;
   return 0;
 }
@@ -93,5 +93,6 @@ Flag wtext_remove(const char *path) {
 Flag wtext_exists(const char *path) {
   wchar_t wide[WTEXT_PATH];
   return wtext_in(path, wide, WTEXT_PATH) && GetFileAttributesW(wide) != INVALID_FILE_ATTRIBUTES
-             ? 1 : 0;
+             ? 1
+             : 0;
 }

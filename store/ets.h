@@ -20,10 +20,10 @@
 
 // One enumeration: how a value is written and how a stored text is read back.
 struct EnumNames {
-  const char *what;                    // the enumeration's name, for reports ("flag", "colour")
-  const char *(*write)(int16_t value); // the name written for the value (never null)
-  int16_t (*read)(const char *text);   // the value of a stored text; the table's fallback when
-                                       // the text matches no name (reading never fails)
+  const char *what;                     // the enumeration's name, for reports ("flag", "colour")
+  const char *(*write)(int16_t value);  // the name written for the value (never null)
+  int16_t (*read)(const char *text);    // the value of a stored text; the table's fallback when
+                                        // the text matches no name (reading never fails)
 };
 
 extern const EnumNames ets_flag;

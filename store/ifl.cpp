@@ -9,7 +9,7 @@ namespace {
 
 // The value type of a key, and the loader's own row kind.
 enum IflType : uint8_t {
-  IFL_SELECT,  // a group: select the row's section; the group's keys use it
+  IFL_SELECT,   // a group: select the row's section; the group's keys use it
   IFL_BY_NAME,  // a group whose keys name the row's section in each call
   IFL_TEXT,
   IFL_FLAG,
@@ -36,8 +36,8 @@ struct IflRow {
   uint8_t step;         // a group: its turn in the loader, from 1
   const char *section;  // a group: its section
   const char *key;
-  size_t offset;        // of the field in OptionsRecord
-  size_t size;          // of the field
+  size_t offset;  // of the field in OptionsRecord
+  size_t size;    // of the field
 };
 
 // The row type of each kind of the settings list.
@@ -136,8 +136,7 @@ Flag get_value(ConfigStore *store, const char *s, const IflRow &row, void *field
       return s ? wco::get_enum(store, s, k, names, v) : wco::get_enum(store, k, names, v);
     }
     case IFL_SELECT:
-    case IFL_BY_NAME:
-      break;
+    case IFL_BY_NAME: break;
   }
   SwitchError("ifl", __LINE__);
   return 0;
@@ -199,8 +198,7 @@ Flag set_value(ConfigStore *store, const char *s, const IflRow &row, const void 
       return s ? wco::set_enum(store, s, k, names, v) : wco::set_enum(store, k, names, v);
     }
     case IFL_SELECT:
-    case IFL_BY_NAME:
-      break;
+    case IFL_BY_NAME: break;
   }
   SwitchError("ifl", __LINE__);
   return 0;

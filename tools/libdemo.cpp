@@ -38,7 +38,8 @@ static void show_code_pages(void) {
 }
 
 static void show_collation(void) {
-  const char *words[] = {"čaj", "Chata", "cukr", "Ábel", "zebra", "abeceda", "ěšče", "Čech", "echo", "ábel", "A"};
+  const char *words[] = {"čaj",  "Chata", "cukr", "Ábel", "zebra", "abeceda",
+                         "ěšče", "Čech",  "echo", "ábel", "A"};
   const int n = (int)KX_COUNT(words);
   for (int i = 1; i < n; i++)
     for (int j = i; j > 0 && st_collate(words[j - 1], words[j]) > 0; j--) {
@@ -52,14 +53,15 @@ static void show_collation(void) {
 }
 
 static void show_dates(void) {
-  const char *typed[] = {"5.3.97", "5. březen 1997", "1. cervenec 1997", "29.2.1996", "29.2.1997", "5. bre 1997"};
+  const char *typed[] = {"5.3.97",    "5. březen 1997", "1. cervenec 1997",
+                         "29.2.1996", "29.2.1997",      "5. bre 1997"};
   printf("\nDates typed by a user:\n");
   for (const char *t : typed) {
     Date d = date_new();
     if (date_parse(&d, t))
-      printf("  %-18s -> %s, %s (day %d)\n", t, date_text_long(&d), date_day_name(&d), date_number(&d));
-    else
-      printf("  %-18s -> not a date\n", t);
+      printf("  %-18s -> %s, %s (day %d)\n", t, date_text_long(&d), date_day_name(&d),
+             date_number(&d));
+    else printf("  %-18s -> not a date\n", t);
   }
   Date today = date_new();
   Time now = time_new();

@@ -28,8 +28,8 @@
 #ifndef KX_MEDIUM_LISTEDIT_H
 #define KX_MEDIUM_LISTEDIT_H
 
-int medium_uninstall_list_main(int argc, char **argv);  // argv: FILE
-int medium_uninstall_write_main(int argc, char **argv); // argv: FILE
-int medium_edit_main(int argc, char **argv);            // argv: LIST EDIT...
+int medium_uninstall_list_main(int argc, char **argv);   // argv: FILE
+int medium_uninstall_write_main(int argc, char **argv);  // argv: FILE
+int medium_edit_main(int argc, char **argv);             // argv: LIST EDIT...
 
 #endif

@@ -66,7 +66,8 @@ Flag medium_plat_scratch_directory(char *path, size_t size) {
 
 static Flag remove_entry(void *context, const char *name, int16_t, uint64_t) {
   char path[KX_PATH * 2];
-  if (snprintf(path, sizeof path, "%s/%s", (const char *)context, name) < (int)sizeof path) medium_plat_remove_tree(path);
+  if (snprintf(path, sizeof path, "%s/%s", (const char *)context, name) < (int)sizeof path)
+    medium_plat_remove_tree(path);
   return 1;
 }
 
@@ -74,7 +75,7 @@ void medium_plat_remove_tree(const char *path) {
   struct stat st;
   if (lstat(path, &st) != 0) return;
   if (S_ISDIR(st.st_mode)) {
-    chmod(path, 0700);   // unpacked CD images are read-only
+    chmod(path, 0700);  // unpacked CD images are read-only
     medium_plat_scan(path, remove_entry, (void *)path);
     rmdir(path);
   } else {

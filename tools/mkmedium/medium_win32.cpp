@@ -43,13 +43,13 @@ int16_t medium_plat_scan(const char *directory, MediumEntry entry, void *context
     // character no file name has: medium_plat_to_cp1250 refuses it.
     char name[MAX_PATH * 2];
     if (!wtext_out(found.cFileName, name, sizeof name)) {
-      WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, found.cFileName, -1, name, (int)sizeof name, "?",
-                          nullptr);
+      WideCharToMultiByte(1250, WC_NO_BEST_FIT_CHARS, found.cFileName, -1, name, (int)sizeof name,
+                          "?", nullptr);
       name[sizeof name - 1] = 0;
       if (!strchr(name, '?')) st_append(name, sizeof name, "?");
     }
     int16_t kind = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) ? MEDIUM_DIRECTORY
-                   : (found.dwFileAttributes & FILE_ATTRIBUTE_DEVICE) ? MEDIUM_OTHER
+                   : (found.dwFileAttributes & FILE_ATTRIBUTE_DEVICE)  ? MEDIUM_OTHER
                                                                        : MEDIUM_FILE;
     uint64_t size = ((uint64_t)found.nFileSizeHigh << 32) | found.nFileSizeLow;
     if (!entry(context, name, kind, kind == MEDIUM_FILE ? size : 0)) {
@@ -80,7 +80,8 @@ Flag medium_plat_scratch_directory(char *path, size_t size) {
   DWORD n = GetTempPathW(MAX_PATH + 1, wide);
   if (n == 0 || n > MAX_PATH || !wtext_out(wide, base, sizeof base)) return 0;
   for (unsigned attempt = 0; attempt < 100; attempt++) {
-    int m = snprintf(path, size, "%smkmedium.%lu.%u", base, (unsigned long)GetCurrentProcessId(), attempt);
+    int m = snprintf(path, size, "%smkmedium.%lu.%u", base, (unsigned long)GetCurrentProcessId(),
+                     attempt);
     if (m < 0 || (size_t)m >= size) return 0;
     if (medium_plat_make_directory(path)) return 1;
   }

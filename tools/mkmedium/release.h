@@ -15,10 +15,10 @@
 #include <stdio.h>
 
 struct ReleaseOptions {
-  const char *verify;     // --verify MEDIUM: check it instead of making one
-  const char *sign;       // --sign "COMMAND {}": run on SETUP.EXE and every .EXE and .DLL first
-  const char *iso;        // --iso FILE: the flat medium also as an ISO 9660 + Joliet image
-  const char *floppies;   // --floppy-images DIR: each DISKn also as DIR/DISKn.IMG (1.44 MB FAT12)
+  const char *verify;    // --verify MEDIUM: check it instead of making one
+  const char *sign;      // --sign "COMMAND {}": run on SETUP.EXE and every .EXE and .DLL first
+  const char *iso;       // --iso FILE: the flat medium also as an ISO 9660 + Joliet image
+  const char *floppies;  // --floppy-images DIR: each DISKn also as DIR/DISKn.IMG (1.44 MB FAT12)
 };
 
 int16_t release_option(const char *argument, const char *value, ReleaseOptions *release);

@@ -33,26 +33,27 @@ typedef Flag (*VerifyFind)(void *context, uint16_t disk, const char *name, uint6
 // Reads file name of disk into a new block from the memory manager (the caller frees it with
 // mm_free; null for an empty file) and its length. Returns 1; 0 when the file is missing, cannot
 // be read or is 2 GiB or more.
-typedef Flag (*VerifyLoad)(void *context, uint16_t disk, const char *name, unsigned char **bytes, uint32_t *length);
+typedef Flag (*VerifyLoad)(void *context, uint16_t disk, const char *name, unsigned char **bytes,
+                           uint32_t *length);
 
 // Takes one line of the report (UTF-8, no line end).
 typedef void (*VerifyLine)(void *context, const char *line);
 
 struct VerifyAccess {
-  void *context;     // handed to find and load
-  uint16_t disks;    // disks of a split medium, 1 to 26; 1 for a flat medium
-  int16_t flat;      // 1: every file in one place, the records' disk numbers are not checked
+  void *context;   // handed to find and load
+  uint16_t disks;  // disks of a split medium, 1 to 26; 1 for a flat medium
+  int16_t flat;    // 1: every file in one place, the records' disk numbers are not checked
   VerifyFind find;
   VerifyLoad load;
-  VerifyLine line;   // null: the lines are only counted
+  VerifyLine line;  // null: the lines are only counted
   void *line_context;
 };
 
 struct VerifyResult {
-  uint32_t records;    // records checked
-  uint32_t problems;   // lines reported
-  uint16_t packed;     // the header's packed word
-  int16_t listed;      // 1 when the list's header was read
+  uint32_t records;   // records checked
+  uint32_t problems;  // lines reported
+  uint16_t packed;    // the header's packed word
+  int16_t listed;     // 1 when the list's header was read
 };
 
 Flag verify_check(const VerifyAccess *access, VerifyResult *result);
@@ -80,7 +81,8 @@ Flag verify_check(const VerifyAccess *access, VerifyResult *result);
 //      64 MiB past the listed size)
 //   "record N NAME: STORED does not inflate: zlib error N"
 
-Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *message, size_t size);
+Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *message,
+                      size_t size);
 // Checks the medium in directory path: flat when path holds DISKLIST.LST, else split when it
 // holds DISK1 (then DISK2, ... as long as they follow each other). Writes the lines to out and
 // then the summary "verify: N records on D disk(s), packed|plain: no problems" or "...: N
