@@ -422,10 +422,18 @@ struct UnpackTarget {
   const char *path;
   PlatFile file;
   FileObject *object;
+  Flag opened;  // unpack_open was called
 };
 
+// A file of the unpacked name that is there already is deleted before the new one is written,
+// but only when there is one: the delete of a name that is not there is one more case-blind
+// search of the target directory under Wine. (When the unpacking ends before this, the caller
+// deletes it, as it was deleted before the unpacking started.)
 Flag unpack_open(void *context) {
   UnpackTarget *target = (UnpackTarget *)context;
+  target->opened = 1;
+  if (plat_file_create_new(&target->file, target->path)) return 1;
+  file_delete(target->path);
   if (plat_file_create_new(&target->file, target->path)) return 1;
   if (!file_create(&target->object, target->path)) return 0;
   if (file_open(target->object, FILE_WRITE_BINARY)) return 1;
@@ -471,7 +479,6 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   }
   SetStatusTextF("Rozbaluje se %s ...", packed_copy);
   paint_before_long_step();
-  file_delete(unpacked);
   ZipUtil zip;
   ZipInit(&zip);
   // A file may come out somewhat larger than the list says and still be installed; one that
@@ -480,13 +487,17 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   zip.out_limit = limit < 0x7FFFFFFF ? (uint32_t)limit : 0x7FFFFFFF;
   // An empty packed file goes the file road, which fails on it with a code of the table (and
   // opens the copy again: it is closed first).
-  if (!packed || !packed_length) plat_file_close(packed_file);
+  if (!packed || !packed_length) {
+    plat_file_close(packed_file);
+    file_delete(unpacked);
+  }
   target->path = unpacked;
   ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
   Flag unpacked_ok = packed && packed_length ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
                                              : DecompressFile(&zip, packed_copy, unpacked);
   if (packed) mm_free(packed, MM_HERE);
   if (!unpacked_ok) {
+    if (!target->opened) file_delete(unpacked);
     ErrorBox(ZipErrorText(GetError(&zip)));
     record_partial(unpacked);
     return -1;
@@ -525,6 +536,7 @@ int16_t install_packed(InstallState *state, const char *source, const char *open
   target.path = nullptr;
   target.file.handle = -1;
   target.object = nullptr;
+  target.opened = 0;
   PlatFile packed_file;
   packed_file.handle = -1;
   int16_t result = unpack_and_move(state, source, opened, installed, &target, &packed_file);
