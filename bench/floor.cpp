@@ -90,8 +90,8 @@ int main(int argc, char **argv) {
       uLongf n = r.size;
       int rc = inflated ? uncompress(inflated, &n, packed, packed_size) : Z_MEM_ERROR;
       if (rc != Z_OK || n != r.size) {
-        fprintf(stderr, "floor: %s: uncompress %d, %lu of %lu bytes\n", r.stored, rc, (unsigned long)n,
-                (unsigned long)r.size);
+        fprintf(stderr, "floor: %s: uncompress %d, %lu of %lu bytes\n", r.stored, rc,
+                (unsigned long)n, (unsigned long)r.size);
         return 1;
       }
       plain = inflated;

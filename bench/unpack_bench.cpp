@@ -58,7 +58,8 @@ bool raw_file(const std::string &source, const std::string &target, uLong plain_
   if (!read_file(source, &packed)) return false;
   unsigned char *out = (unsigned char *)malloc(plain_size);
   uLongf n = plain_size;
-  bool ok = out && uncompress(out, &n, (const Bytef *)packed.data(), (uLong)packed.size()) == Z_OK &&
+  bool ok = out &&
+            uncompress(out, &n, (const Bytef *)packed.data(), (uLong)packed.size()) == Z_OK &&
             n == plain_size;
   FILE *f = ok ? fopen(target.c_str(), "wb") : nullptr;
   ok = f && fwrite(out, 1, n, f) == n;
@@ -82,8 +83,8 @@ int main(int argc, char **argv) {
     fprintf(stderr, "unpack_bench: no %sUNPACK.TXT\n", dir.c_str());
     return 2;
   }
-  printf("%-8s %7s %9s | %9s %9s %6s | %9s %9s %6s\n", "file", "ratio", "plain", "DecBuf ms", "uncomp ms",
-         "speed", "DecFile", "raw file", "speed");
+  printf("%-8s %7s %9s | %9s %9s %6s | %9s %9s %6s\n", "file", "ratio", "plain", "DecBuf ms",
+         "uncomp ms", "speed", "DecFile", "raw file", "speed");
   char name[64];
   unsigned long plain_size, packed_size;
   int failures = 0;
@@ -110,7 +111,8 @@ int main(int argc, char **argv) {
           if (r == 0 && ok) {  // compare with zlib's own result once (outside the timing)
             std::vector<unsigned char> ref(plain_size);
             uLongf m = plain_size;
-            if (uncompress(ref.data(), &m, (const Bytef *)packed.data(), (uLong)packed.size()) != Z_OK ||
+            if (uncompress(ref.data(), &m, (const Bytef *)packed.data(), (uLong)packed.size()) !=
+                    Z_OK ||
                 m != n || memcmp(ref.data(), out, n) != 0) {
               fprintf(stderr, "unpack_bench: %s: DecompressBuffer differs from uncompress\n", name);
               failures++;
@@ -122,7 +124,8 @@ int main(int argc, char **argv) {
         } else {
           unsigned char *out = (unsigned char *)malloc(plain_size);
           uLongf n = plain_size;
-          if (!out || uncompress(out, &n, (const Bytef *)packed.data(), (uLong)packed.size()) != Z_OK)
+          if (!out ||
+              uncompress(out, &n, (const Bytef *)packed.data(), (uLong)packed.size()) != Z_OK)
             failures++;
           free(out);
           raw_buf.push_back(now_ms() - t0);
@@ -151,7 +154,8 @@ int main(int argc, char **argv) {
     }
     remove("unpack_ours.out");
     remove("unpack_raw.out");
-    double mb = median(dec_buf), mr = median(raw_buf), fb = median(dec_file), fr = median(raw_file_ms);
+    double mb = median(dec_buf), mr = median(raw_buf), fb = median(dec_file),
+           fr = median(raw_file_ms);
     printf("%-8s %7.2f %9lu | %9.1f %9.1f %5.2fx | %9.1f %9.1f %5.2fx\n", name,
            (double)plain_size / (double)packed_size, plain_size, mb, mr, mr / mb, fb, fr, fr / fb);
     fflush(stdout);
@@ -183,8 +187,9 @@ int main(int argc, char **argv) {
     }
     remove("copy_ours.out");
     remove("copy_raw.out");
-    printf("CopyFile of r1.5.z (%lu bytes): %.1f ms, one fread + one fwrite: %.1f ms, speed %.2fx\n",
-           (unsigned long)a.size(), median(ours), median(raw), median(raw) / median(ours));
+    printf(
+        "CopyFile of r1.5.z (%lu bytes): %.1f ms, one fread + one fwrite: %.1f ms, speed %.2fx\n",
+        (unsigned long)a.size(), median(ours), median(raw), median(raw) / median(ours));
   }
   printf("(%d runs each, alternated pairs, medians; speed = raw time / our time)\n", runs);
   if (failures) printf("unpack_bench: %d FAILURES\n", failures);

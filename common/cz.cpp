@@ -8,6 +8,7 @@
 // Columns: KEYBCS2, LATIN2, WINDOWS. Searched from the top, first match wins.
 // Keep this: rows 30-33 carry the other letter of the pair ĺ/ľ (Ĺ/Ľ) in the WINDOWS column and
 // the Ô row has the KEYBCS2 byte of Ľ; texts written by earlier versions rely on it.
+// clang-format off
 const unsigned char cz_table[CZ_TABLE_ROWS][3] = {
     {0xA0, 0xA0, 0xE1},  //  0 á
     {0x8F, 0xB5, 0xC1},  //  1 Á
@@ -48,10 +49,12 @@ const unsigned char cz_table[CZ_TABLE_ROWS][3] = {
     {0xAE, 0xAE, 0xAB},  // 36 «
     {0xAF, 0xAF, 0xBB},  // 37 »
 };
+// clang-format on
 
 // Letter, lower-case form, upper-case form, ASCII base letter; code page 895.
 // Keep this: the Ô row holds Ľ (0x9C) and ľ (0x8C), so 0x9C always reads as Ľ (row 33 comes
 // first) and the real Ô (0xA7) is in no row and never changed.
+// clang-format off
 const unsigned char cz_letters_kbcs[CZ_LETTER_ROWS][4] = {
     {0xA0, 0xA0, 0x8F, 'a'},  // á
     {0x8F, 0xA0, 0x8F, 'A'},  // Á
@@ -90,8 +93,10 @@ const unsigned char cz_letters_kbcs[CZ_LETTER_ROWS][4] = {
     {0x93, 0x93, 0xA7, 'o'},  // ô
     {0x9C, 0x8C, 0xA7, 'O'},  // Ô (see above)
 };
+// clang-format on
 
 // Letter, lower-case form, upper-case form, ASCII base letter; Windows-1250.
+// clang-format off
 const unsigned char cz_letters_win[CZ_LETTER_ROWS][4] = {
     {0xE1, 0xE1, 0xC1, 'a'},  // á
     {0xC1, 0xE1, 0xC1, 'A'},  // Á
@@ -130,6 +135,7 @@ const unsigned char cz_letters_win[CZ_LETTER_ROWS][4] = {
     {0xF4, 0xF4, 0xD4, 'o'},  // ô
     {0xD4, 0xF4, 0xD4, 'O'},  // Ô
 };
+// clang-format on
 
 enum { LETTER = 0, LOWER = 1, UPPER = 2, BASE = 3 };
 
@@ -199,11 +205,8 @@ enum { COL_KEYBCS2 = 0, COL_LATIN2 = 1, COL_WINDOWS = 2 };
 Flag cz_convert(int16_t from, int16_t to, char *text) {
   if (!text) return 0;
   switch (from) {
-    case CZ_LATIN2:
-      InternalError("cz", __LINE__);
-      return 0;
-    case CZ_ASCII:
-      return 1;
+    case CZ_LATIN2: InternalError("cz", __LINE__); return 0;
+    case CZ_ASCII: return 1;
     case CZ_WINDOWS:
       switch (to) {
         case CZ_LATIN2: return convert_columns(text, COL_WINDOWS, COL_LATIN2);
@@ -247,6 +250,7 @@ Flag cz_upper_char(char *c) { return on_char(c, cz_upper); }
 // ---- Unicode -------------------------------------------------------------------------------
 
 // Unicode of the bytes 0x80-0xFF; 0 where Windows-1250 defines no character.
+// clang-format off
 static const uint16_t cp1250_high[128] = {
     0x20AC, 0x0000, 0x201A, 0x0000, 0x201E, 0x2026, 0x2020, 0x2021,
     0x0000, 0x2030, 0x0160, 0x2039, 0x015A, 0x0164, 0x017D, 0x0179,
@@ -265,6 +269,7 @@ static const uint16_t cp1250_high[128] = {
     0x0111, 0x0144, 0x0148, 0x00F3, 0x00F4, 0x0151, 0x00F6, 0x00F7,
     0x0159, 0x016F, 0x00FA, 0x0171, 0x00FC, 0x00FD, 0x0163, 0x02D9,
 };
+// clang-format on
 
 uint32_t cz_unicode(unsigned char c) { return c < 0x80 ? c : cp1250_high[c - 0x80]; }
 

@@ -18,12 +18,14 @@
 
 // ---- Names ---------------------------------------------------------------------------------
 
-static const char *const day_cz[7] = {"pondělí", "úterý", "středa", "čtvrtek",
-                                      "pátek", "sobota", "neděle"};
+static const char *const day_cz[7] = {"pondělí", "úterý",  "středa", "čtvrtek",
+                                      "pátek",   "sobota", "neděle"};
 static const char *const day_en[7] = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
+// clang-format off
 static const char *const month_cz[12] = {"leden", "únor", "březen", "duben",
                                          "květen", "červen", "červenec", "srpen",
                                          "září", "říjen", "listopad", "prosinec"};
+// clang-format on
 static const char *const month_en[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
@@ -80,10 +82,8 @@ struct ClockReading {
 static void read_clock(ClockReading *r, bool universal) {
 #ifdef KX_WIN32
   SYSTEMTIME st;
-  if (universal)
-    GetSystemTime(&st);
-  else
-    GetLocalTime(&st);
+  if (universal) GetSystemTime(&st);
+  else GetLocalTime(&st);
   r->year = st.wYear;
   r->month = st.wMonth;
   r->day = st.wDay;
@@ -96,10 +96,8 @@ static void read_clock(ClockReading *r, bool universal) {
   gettimeofday(&tv, nullptr);
   time_t now = tv.tv_sec;
   struct tm tm;
-  if (universal)
-    gmtime_r(&now, &tm);
-  else
-    localtime_r(&now, &tm);
+  if (universal) gmtime_r(&now, &tm);
+  else localtime_r(&now, &tm);
   r->year = tm.tm_year + 1900;
   r->month = tm.tm_mon + 1;
   r->day = tm.tm_mday;
@@ -128,10 +126,8 @@ int16_t date_zone_offset(void) {
   TIME_ZONE_INFORMATION zone;
   DWORD kind = GetTimeZoneInformation(&zone);
   LONG bias = zone.Bias;
-  if (kind == TIME_ZONE_ID_DAYLIGHT)
-    bias += zone.DaylightBias;
-  else if (kind == TIME_ZONE_ID_STANDARD)
-    bias += zone.StandardBias;
+  if (kind == TIME_ZONE_ID_DAYLIGHT) bias += zone.DaylightBias;
+  else if (kind == TIME_ZONE_ID_STANDARD) bias += zone.StandardBias;
   return (int16_t)-bias;
 #else
   time_t now = time(nullptr);
@@ -664,8 +660,8 @@ const char *date_time_text(const Date *date, const Time *time) {
     InternalError("date", __LINE__);
     return NO_NAME;
   }
-  snprintf(text, sizeof text, "%2d. %s %4d %02d:%02d.%02d", date->day,
-           month_name_cz(date->month), date->year, time->hours, time->minutes, time->seconds);
+  snprintf(text, sizeof text, "%2d. %s %4d %02d:%02d.%02d", date->day, month_name_cz(date->month),
+           date->year, time->hours, time->minutes, time->seconds);
   return text;
 }
 
@@ -690,8 +686,8 @@ const char *date_time_text_utc(int16_t form, const Date *date, const Time *time)
   const Time *t = time;
   switch (form) {
     case DATE_UTC_LONG_TIME:
-      snprintf(text, sizeof text, "%2d. %s %4d %02d:%02d.%02d UTC", d->day,
-               month_name_cz(d->month), d->year, t->hours, t->minutes, t->seconds);
+      snprintf(text, sizeof text, "%2d. %s %4d %02d:%02d.%02d UTC", d->day, month_name_cz(d->month),
+               d->year, t->hours, t->minutes, t->seconds);
       break;
     case DATE_UTC_DOTS_TIME:
       snprintf(text, sizeof text, "%2d.%2d.%4d %02d:%02d.%02d UTC", d->day, d->month, d->year,
@@ -710,9 +706,7 @@ const char *date_time_text_utc(int16_t form, const Date *date, const Time *time)
       snprintf(text, sizeof text, "%2d %s %02d:%02d:%02d UTC", d->day, month_name_en(d->month),
                t->hours, t->minutes, t->seconds);
       break;
-    default:
-      SwitchError("date", __LINE__);
-      return NO_NAME;
+    default: SwitchError("date", __LINE__); return NO_NAME;
   }
   return text;
 }
@@ -730,7 +724,6 @@ const char *date_mail_text(const Date *date, const Time *time, int16_t offset) {
              date->year, time->hours, time->minutes, time->seconds, offset / 60, offset % 60);
   else
     snprintf(text, sizeof text, "%s, %d %s %d %02d:%02d:%02d -%02d%02d", day, date->day, month,
-             date->year, time->hours, time->minutes, time->seconds, -(offset / 60),
-             -(offset % 60));
+             date->year, time->hours, time->minutes, time->seconds, -(offset / 60), -(offset % 60));
   return text;
 }

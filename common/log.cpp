@@ -20,7 +20,8 @@ static long long clock_second(void) {
 #ifdef KX_WIN32
   FILETIME now;
   GetSystemTimeAsFileTime(&now);
-  return (long long)(((unsigned long long)now.dwHighDateTime << 32 | now.dwLowDateTime) / 10000000u);
+  return (long long)(((unsigned long long)now.dwHighDateTime << 32 | now.dwLowDateTime) /
+                     10000000u);
 #else
   return (long long)time(nullptr);
 #endif
@@ -51,7 +52,8 @@ void log_text(const char *text) {
   // One event, one line: breaks become " / ", other control characters blanks.
   char flat[LOG_LINE_SIZE];
   size_t n = 0;
-  for (const unsigned char *c = (const unsigned char *)(text ? text : ""); *c && n + 4 < sizeof flat; c++) {
+  for (const unsigned char *c = (const unsigned char *)(text ? text : "");
+       *c && n + 4 < sizeof flat; c++) {
     if (*c == '\n') {
       memcpy(flat + n, " / ", 3);
       n += 3;
@@ -101,7 +103,8 @@ Flag log_temp_path(const char *name, char *path, size_t size) {
   if (!directory || !directory[0]) directory = getenv("TMP");
   if (!directory) directory = "";
   size_t length = strlen(directory);
-  const char *separator = length && directory[length - 1] != '\\' && directory[length - 1] != '/' ? "\\" : "";
+  const char *separator =
+      length && directory[length - 1] != '\\' && directory[length - 1] != '/' ? "\\" : "";
   int n = snprintf(path, size, "%s%s%s", directory, separator, name);
   if (n < 0 || (size_t)n >= size) {
     path[0] = 0;

@@ -19,11 +19,11 @@
 #include <stdarg.h>
 
 // ---- Fixed texts ---------------------------------------------------------------------------
-extern const char WE_TITLE_ERROR[];      // " Chyba "
-extern const char WE_FAULT_BODY[];       // "Chyba v souboru %s řádek %d"
-extern const char WE_TITLE_SWITCH[];     // " Chyba switch, informujte dodavatele "
-extern const char WE_TITLE_INTERNAL[];   // " Interní chyba, informujte dodavatele "
-extern const char WE_TEXT_NO_MEMORY[];   // " Málo paměti"
+extern const char WE_TITLE_ERROR[];     // " Chyba "
+extern const char WE_FAULT_BODY[];      // "Chyba v souboru %s řádek %d"
+extern const char WE_TITLE_SWITCH[];    // " Chyba switch, informujte dodavatele "
+extern const char WE_TITLE_INTERNAL[];  // " Interní chyba, informujte dodavatele "
+extern const char WE_TEXT_NO_MEMORY[];  // " Málo paměti"
 
 // Buffer sizes: formatted box and status texts (so at most 199 characters), fault bodies.
 enum { WE_TEXT_SIZE = 200, WE_FAULT_SIZE = 100 };
@@ -94,9 +94,9 @@ void EnableThreadWindows(void);
 // unregisters it (null) when the window is gone. Until then boxes have no owner and status
 // texts go nowhere.
 struct WeMainWindow {
-  void *handle;                                   // platform window handle (HWND)
+  void *handle;                                         // platform window handle (HWND)
   void (*set_status)(void *context, const char *text);  // null: the window has no status bar
-  void *context;                                  // handed to set_status
+  void *context;                                        // handed to set_status
 };
 
 void we_set_main_window(const WeMainWindow *window);
@@ -115,8 +115,6 @@ void *we_main_window_handle(void);
 typedef void (*WeBoxHook)(void *owner, const char *text, const char *title, unsigned flags);
 WeBoxHook we_set_box_hook(WeBoxHook hook);
 // Installs hook (null: the platform again) and returns the previous one.
-
-
 
 // ---- Questions and notices (toolkit dialogs) -------------------------------------------------
 //
@@ -168,8 +166,13 @@ Flag InternalErrorDialog(void *owner, const char *module, int16_t line);
 // Test seam for the dialogs: when set, the hook answers every question / notice / message
 // dialog instead of showing it. kind: WE_DIALOG_*; the hook returns the raw result code the
 // dialog would have ended with (1, 7, 6, 2).
-enum { WE_DIALOG_QUESTION = 0, WE_DIALOG_QUESTION_CANCEL = 1, WE_DIALOG_QUESTION_ALL = 2,
-       WE_DIALOG_NOTICE = 3, WE_DIALOG_ERROR = 4 };
+enum {
+  WE_DIALOG_QUESTION = 0,
+  WE_DIALOG_QUESTION_CANCEL = 1,
+  WE_DIALOG_QUESTION_ALL = 2,
+  WE_DIALOG_NOTICE = 3,
+  WE_DIALOG_ERROR = 4
+};
 typedef int16_t (*WeDialogHook)(int16_t kind, void *owner, const char *title, const char *text);
 WeDialogHook we_set_dialog_hook(WeDialogHook hook);
 // Installs hook (null: the real dialogs) and returns the previous one.
@@ -197,7 +200,7 @@ struct WeReporter {
   void *context;
   int16_t (*before)(void *context, int16_t kind, const char *title, const char *text);
   void (*after)(void *context, int16_t kind, const char *title, const char *text, int16_t code);
-  void (*status)(void *context, const char *text);   // may be null
+  void (*status)(void *context, const char *text);  // may be null
 };
 
 void we_set_reporter(const WeReporter *reporter);

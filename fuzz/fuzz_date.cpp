@@ -22,12 +22,14 @@ static void check_parsed(Flag ok, const Date &date, const char *what) {
 }
 
 static void texts(const Date &date, const Time &time) {
+  // clang-format off
   const char *forms[] = {
       date_text_long(&date), date_text_dots(&date), date_text_short(&date),
       date_text_compact(&date), date_day_name(&date), date_month_name(&date),
       date_time_text(&date, &time), date_time_text_dots(&date, &time),
       date_day_name_en(&date), date_mail_text(&date, &time, (int16_t)(date.day * 7)),
   };
+  // clang-format on
   for (const char *text : forms) FUZZ_CHECK(text && strlen(text) < 200, "text form too long");
   for (int16_t form = -1; form <= 6; form++) {
     const char *text = date_time_text_utc(form, &date, &time);

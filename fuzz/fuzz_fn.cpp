@@ -58,8 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   normal[KX_PATH - 1] = 0;
   ok = path_normalise(normal);
   FUZZ_CHECK(ok == 1, "path_normalise returned %d", ok);
-  FUZZ_CHECK(!strncmp(normal, pattern, KX_PATH - 1), "path_normalise changed \"%.80s\" to \"%.80s\"",
-             pattern, normal);
+  FUZZ_CHECK(!strncmp(normal, pattern, KX_PATH - 1),
+             "path_normalise changed \"%.80s\" to \"%.80s\"", pattern, normal);
 
   char *joined = path_buffer();
   strncpy(joined, source, KX_PATH - 1);

@@ -21,8 +21,8 @@ static void header(const uint8_t *data) {
   memset(&h, 0x5A, sizeof h);
   FUZZ_CHECK(ilst_decode_header(bytes, &h) == 1, "decode_header failed");
   check_text(h.text, sizeof h.text, ILST_HEADER_TEXT_MAX, "header text");
-  FUZZ_CHECK(h.count == (uint16_t)(data[ILST_AT_COUNT] | data[ILST_AT_COUNT + 1] << 8),
-             "count %u", h.count);
+  FUZZ_CHECK(h.count == (uint16_t)(data[ILST_AT_COUNT] | data[ILST_AT_COUNT + 1] << 8), "count %u",
+             h.count);
   FUZZ_CHECK(h.packed == (uint16_t)(data[ILST_AT_PACKED] | data[ILST_AT_PACKED + 1] << 8),
              "packed %u", h.packed);
   uint8_t *encoded = fuzz_block(data, ILST_HEADER_SIZE);

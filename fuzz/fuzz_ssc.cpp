@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   struct Case {
     const char *name;
     int op;
-  } cases[] = {{"SplitFirstWord", 0}, {"CleanListLine", 1},     {"RemoveChar", 2},
+  } cases[] = {{"SplitFirstWord", 0},   {"CleanListLine", 1},     {"RemoveChar", 2},
                {"ExtractDelimited", 3}, {"StripLeadingZeros", 4}, {"ReplaceChar", 5},
                {"StringsEqual", 6}};
   for (const Case &k : cases) {
@@ -58,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     size_t out_length = strnlen(out, out_size);
     FUZZ_CHECK(out_length < (size_t)out_size, "%s left the out buffer unterminated", k.name);
     if (k.op == 0 && !ok) FUZZ_CHECK(out[0] == 0, "SplitFirstWord failed with a word \"%s\"", out);
-    if (k.op == 0 && ok && out_size > 1) FUZZ_CHECK(out[0] != 0, "SplitFirstWord found an empty word");
+    if (k.op == 0 && ok && out_size > 1)
+      FUZZ_CHECK(out[0] != 0, "SplitFirstWord found an empty word");
     if (k.op == 2 && c) FUZZ_CHECK(!strchr(text, c), "RemoveChar left a '%c'", c);
     if (k.op == 4) FUZZ_CHECK(text[0] != '0', "StripLeadingZeros left a leading zero");
     free(out);

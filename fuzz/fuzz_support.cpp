@@ -19,7 +19,8 @@ static int16_t quiet_dialog(int16_t, void *, const char *, const char *) {
 
 long fuzz_box_count(void) { return boxes; }
 
-[[maybe_unused]] static const int silenced = (we_set_box_hook(quiet_box), we_set_dialog_hook(quiet_dialog), 0);
+[[maybe_unused]] static const int silenced =
+    (we_set_box_hook(quiet_box), we_set_dialog_hook(quiet_dialog), 0);
 
 // run.sh starts every target in a scratch directory of its own.
 const char *fuzz_scratch_dir(void) { return "./"; }
@@ -27,7 +28,8 @@ const char *fuzz_scratch_dir(void) { return "./"; }
 void fuzz_write_file(const char *path, const uint8_t *data, size_t size) {
   FILE *f = fopen(path, "wb");
   if (!f) fuzz_fail(__FILE__, __LINE__, "cannot create %s", path);
-  if (size && fwrite(data, 1, size, f) != size) fuzz_fail(__FILE__, __LINE__, "cannot write %s", path);
+  if (size && fwrite(data, 1, size, f) != size)
+    fuzz_fail(__FILE__, __LINE__, "cannot write %s", path);
   if (fclose(f)) fuzz_fail(__FILE__, __LINE__, "cannot close %s", path);
 }
 

@@ -25,8 +25,8 @@ char *fuzz_text(const uint8_t *data, size_t size);
 uint8_t *fuzz_block(const uint8_t *data, size_t size);
 
 // Stops the run (abort, so libFuzzer keeps the input) with the message when ok is false.
-#define FUZZ_CHECK(ok, ...) \
-  do { \
+#define FUZZ_CHECK(ok, ...)                                \
+  do {                                                     \
     if (!(ok)) fuzz_fail(__FILE__, __LINE__, __VA_ARGS__); \
   } while (0)
 [[noreturn]] void fuzz_fail(const char *file, int line, const char *format, ...)

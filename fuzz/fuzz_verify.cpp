@@ -44,7 +44,7 @@ Flag load(void *context, uint16_t disk, const char *name, unsigned char **bytes,
   *length = 0;
   if (!f) return 0;
   if (f->length) {
-    *bytes = (unsigned char *)mm_alloc((int32_t)f->length, MM_HERE);   // exact size for ASan
+    *bytes = (unsigned char *)mm_alloc((int32_t)f->length, MM_HERE);  // exact size for ASan
     memcpy(*bytes, f->data, f->length);
   }
   *length = f->length;
@@ -78,11 +78,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     at += length;
     m.count++;
   }
-  VerifyAccess access = {&m, (uint16_t)((data[0] >> 1) % 26 + 1), (int16_t)(data[0] & 1), find, load, line, &m};
+  VerifyAccess access = {
+      &m, (uint16_t)((data[0] >> 1) % 26 + 1), (int16_t)(data[0] & 1), find, load, line, &m};
   VerifyResult result;
   Flag ok = verify_check(&access, &result);
-  FUZZ_CHECK(ok == (result.problems == 0), "flag %d with %lu problems", ok, (unsigned long)result.problems);
-  FUZZ_CHECK(result.problems == (uint32_t)m.lines, "%lu problems, %ld lines", (unsigned long)result.problems, m.lines);
+  FUZZ_CHECK(ok == (result.problems == 0), "flag %d with %lu problems", ok,
+             (unsigned long)result.problems);
+  FUZZ_CHECK(result.problems == (uint32_t)m.lines, "%lu problems, %ld lines",
+             (unsigned long)result.problems, m.lines);
   FUZZ_CHECK(fuzz_box_count() == 0, "a box was shown");
   return 0;
 }

@@ -89,15 +89,17 @@ static void check_store(ConfigStore *store) {
     ConfigSection *section = store->sections[s];
     size_t n = strlen(section->name);
     FUZZ_CHECK(n >= 1 && n <= WCO_NAME_MAX, "section name of %zu characters", n);
-    FUZZ_CHECK(section->entry_count >= 1, "section \"%s\" without entries after load", section->name);
+    FUZZ_CHECK(section->entry_count >= 1, "section \"%s\" without entries after load",
+               section->name);
     for (int32_t e = 0; e < section->entry_count; e++) {
       const ConfigEntry &entry = section->entries[e];
       size_t k = strlen(entry.key), v = strlen(entry.value);
       FUZZ_CHECK(k >= 1 && k <= WCO_NAME_MAX, "key of %zu characters", k);
       FUZZ_CHECK(v <= WCO_VALUE_MAX, "value of %zu characters", v);
       const char *found = NULL;
-      FUZZ_CHECK(wco::get_text_pointer(store, section->name, entry.key, &found) && found == entry.value,
-                 "key \"%s\" of \"%s\" is not found again", entry.key, section->name);
+      FUZZ_CHECK(
+          wco::get_text_pointer(store, section->name, entry.key, &found) && found == entry.value,
+          "key \"%s\" of \"%s\" is not found again", entry.key, section->name);
     }
   }
 }
@@ -122,10 +124,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       if (!strcmp(store->sections[t]->name, name)) index = t;
     if (index < 0) continue;
     int32_t entries = store->sections[index]->entry_count;
-    char (*keys)[WCO_NAME_MAX + 1] = (char (*)[WCO_NAME_MAX + 1])malloc(sizeof *keys * entries);
+    char(*keys)[WCO_NAME_MAX + 1] = (char(*)[WCO_NAME_MAX + 1]) malloc(sizeof *keys * entries);
     for (int32_t e = 0; e < entries; e++)
       snprintf(keys[e], sizeof keys[e], "%s", store->sections[index]->entries[e].key);
-    for (int32_t e = 0; e < entries && budget > 0; e++, budget--) read_every_type(store, name, keys[e]);
+    for (int32_t e = 0; e < entries && budget > 0; e++, budget--)
+      read_every_type(store, name, keys[e]);
     free(keys);
   }
 

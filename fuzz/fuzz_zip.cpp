@@ -50,8 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   uint32_t out_length = 0x5A5A5A5A;
   Flag ok = DecompressBuffer(&zip, size ? input : NULL, (uint32_t)size, &out, &out_length);
   if (expected == 1) {
-    FUZZ_CHECK(ok == 1, "DecompressBuffer failed (%d) on a good stream of %zu bytes", GetError(&zip),
-               size);
+    FUZZ_CHECK(ok == 1, "DecompressBuffer failed (%d) on a good stream of %zu bytes",
+               GetError(&zip), size);
     FUZZ_CHECK(out_length == plain_length, "length %u, zlib gives %zu", out_length, plain_length);
     FUZZ_CHECK(out != NULL && (plain_length == 0 || !memcmp(out, plain, plain_length)),
                "the inflated bytes differ from zlib's");
@@ -65,12 +65,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   uint32_t limit = size ? data[size - 1] * 64u : 0, measured = 0x5A5A5A5A;
   Flag whole = InflatedLength(&zip, size ? input : NULL, (uint32_t)size, PLAIN_LIMIT, &measured);
-  FUZZ_CHECK(whole == ok && measured == (ok ? out_length : 0), "InflatedLength %d, %u; DecompressBuffer %d, %u",
-             whole, measured, ok, out_length);
+  FUZZ_CHECK(whole == ok && measured == (ok ? out_length : 0),
+             "InflatedLength %d, %u; DecompressBuffer %d, %u", whole, measured, ok, out_length);
   if (ok) {
     Flag part = InflatedLength(&zip, input, (uint32_t)size, limit, &measured);
     FUZZ_CHECK(part == 1 && measured == (out_length > limit ? limit + 1 : out_length),
-               "InflatedLength %d, %u with the limit %u for %u bytes", part, measured, limit, out_length);
+               "InflatedLength %d, %u with the limit %u for %u bytes", part, measured, limit,
+               out_length);
   }
 
   if (ok) {
@@ -78,8 +79,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     SetLevel(&zip, (int16_t)(size ? data[0] % 11 - 1 : -1));
     unsigned char *packed = NULL;
     uint32_t packed_length = 0;
-    Flag packed_ok = CompressBuffer(&zip, out_length ? out : NULL, out_length, &packed, &packed_length);
-    FUZZ_CHECK(packed_ok == 1, "CompressBuffer failed (%d) on %u bytes", GetError(&zip), out_length);
+    Flag packed_ok =
+        CompressBuffer(&zip, out_length ? out : NULL, out_length, &packed, &packed_length);
+    FUZZ_CHECK(packed_ok == 1, "CompressBuffer failed (%d) on %u bytes", GetError(&zip),
+               out_length);
     unsigned char *back = NULL;
     uint32_t back_length = 0;
     FUZZ_CHECK(DecompressBuffer(&zip, packed, packed_length, &back, &back_length) == 1,

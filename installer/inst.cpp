@@ -147,8 +147,7 @@ Flag remove_previous(InstallState *state) {
                      KX_PATH) &&
       configuration[0] && file_exists(configuration) && wco::readable(configuration))
     found = 1;
-  if (!found &&
-      st_join(configuration, KX_PATH, state->target_path, "EXE", "\\", "SYSTEM.WCO") &&
+  if (!found && st_join(configuration, KX_PATH, state->target_path, "EXE", "\\", "SYSTEM.WCO") &&
       file_exists(configuration) && wco::readable(configuration))
     found = 1;
   if (found && QuestionBox("Pro novou instalaci může být převzata systémová konfigurace\n"
@@ -329,7 +328,8 @@ Flag create_directories(InstallState *state) {
   if (got < 0) return 0;
   if (!inst_list_rewind(state)) return 0;
   while ((got = inst_list_next(state)) > 0)
-    if (!inst_list_is_root(state->record.directory) && !ensure_directory(state, state->record.directory))
+    if (!inst_list_is_root(state->record.directory) &&
+        !ensure_directory(state, state->record.directory))
       return 0;
   if (got < 0) return 0;
   return ensure_directory(state, DESIGNS_DIRECTORY);
@@ -470,8 +470,7 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   // The packed bytes stay in memory from the copy to the unpacking: the copy is not read back.
   unsigned char *packed = nullptr;
   uint32_t packed_length = 0;
-  if (!copy_and_record(source, packed_copy, &packed, &packed_length, opened, packed_file))
-    return 0;
+  if (!copy_and_record(source, packed_copy, &packed, &packed_length, opened, packed_file)) return 0;
   SetStatusText("");
   if (CheckAbort()) {
     if (packed) mm_free(packed, MM_HERE);
@@ -493,8 +492,9 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
   }
   target->path = unpacked;
   ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
-  Flag unpacked_ok = packed && packed_length ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
-                                             : DecompressFile(&zip, packed_copy, unpacked);
+  Flag unpacked_ok = packed && packed_length
+                         ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
+                         : DecompressFile(&zip, packed_copy, unpacked);
   if (packed) mm_free(packed, MM_HERE);
   if (!unpacked_ok) {
     if (!target->opened) file_delete(unpacked);
@@ -711,19 +711,18 @@ Flag InstallProcedure(InstallState *state) {
   state->source_path[KX_PATH - 1] = 0;
   state->target_path[KX_PATH - 1] = 0;
 
-  if (!check_source(state)) return 0;                   // 1
-  if (!remove_previous(state)) return 0;                // 2
-  if (!check_target(state)) return 0;                   // 3
-  ulw_open(&inst_uninstall);                                 // 4
-  if (!copy_lists(state)) return 0;                     // 5
-  if (!create_directories(state)) return 0;             // 6
-  RecordCreatedDirectory(state->target_path);           // 7
-  if (!check_overwrite(state)) return 0;                // 8
-  if (!check_space(state)) return 0;                    // 9
+  if (!check_source(state)) return 0;          // 1
+  if (!remove_previous(state)) return 0;       // 2
+  if (!check_target(state)) return 0;          // 3
+  ulw_open(&inst_uninstall);                   // 4
+  if (!copy_lists(state)) return 0;            // 5
+  if (!create_directories(state)) return 0;    // 6
+  RecordCreatedDirectory(state->target_path);  // 7
+  if (!check_overwrite(state)) return 0;       // 8
+  if (!check_space(state)) return 0;           // 9
 
-  if (install_list) file_destroy(&install_list);        // 10
-  if (!file_create(&install_list, INSTALL_LIST_NAME) ||
-      !file_open(install_list, FILE_WRITE_TEXT)) {
+  if (install_list) file_destroy(&install_list);  // 10
+  if (!file_create(&install_list, INSTALL_LIST_NAME) || !file_open(install_list, FILE_WRITE_TEXT)) {
     if (install_list) file_destroy(&install_list);
     ErrorBoxF(TEXT_CANNOT_OPEN, INSTALL_LIST_NAME);
   } else {
@@ -732,21 +731,21 @@ Flag InstallProcedure(InstallState *state) {
     ulw_hold_room(&inst_uninstall, UNINST_FILE, path);
   }
 
-  Flag transferred = transfer_files(state);            // 11
+  Flag transferred = transfer_files(state);  // 11
 
-  if (install_list) file_destroy(&install_list);        // 12
-  ulw_release_room(&inst_uninstall);                         // its place is written now
+  if (install_list) file_destroy(&install_list);  // 12
+  ulw_release_room(&inst_uninstall);              // its place is written now
   RecordInstalledFile(state->target_path, INSTALL_LIST_NAME, nullptr);
   inst_clear_lines();
 
-  if (!transferred) return 0;                           // 13
+  if (!transferred) return 0;  // 13
 
-  UpdateConfiguration(state);                           // 14
+  UpdateConfiguration(state);  // 14
 
-  inst_list_close(state);                                    // 15: an open file can't be deleted
+  inst_list_close(state);  // 15: an open file can't be deleted
   file_delete(INST_DISK_LIST);
 
-  SetStatusText("Aktualizace nabídky Start ...");       // 16
+  SetStatusText("Aktualizace nabídky Start ...");  // 16
   UpdateStartMenu(state);
   SetStatusText("Aktualizace pracovní plochy ...");
   UpdateDesktop(state);
@@ -763,6 +762,6 @@ Flag InstallProcedure(InstallState *state) {
   CheckHtmlHelp(state);
   CreateFunctionList(state);
 
-  SetStatusText("");                                    // 17
+  SetStatusText("");  // 17
   return 1;
 }

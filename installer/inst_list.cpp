@@ -19,7 +19,7 @@ const char TEXT_BAD_RECORD[] = "Chybný záznam v seznamu souborů: %s";
 
 enum { LINE_SIZE = 81 };
 
-int32_t list_size = -1;   // of the open list, learnt at the rewind
+int32_t list_size = -1;  // of the open list, learnt at the rewind
 
 // A name from the list that may be joined to a path: not empty, no path separator, drive
 // colon, parent reference or control character. The directory field may also be ".".

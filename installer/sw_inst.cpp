@@ -28,17 +28,21 @@ const char SW_INST_SHELL_FOLDERS[] =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 const char SW_INST_QUICK_LAUNCH_TAIL[] = "Microsoft\\Internet Explorer\\Quick Launch";
 
+// clang-format off
 const char *const SW_INST_WELCOME[SW_INST_LINE_COUNT] = {
     "Vážení přátelé, blahopřejeme Vám k pořízení nové verze systému KORVEX.",
     "Před instalací zvolte zdrojový adresář, ODKUD se bude instalovat a cílový adresář",
     "se bude instalovat. Můžete rovněž zvolit umístění ikon do systémové lišty a/nebo na plochu.",
     "Případná předchozí instalace na cílové cestě bude před novou instalací odinstalována"};
+// clang-format on
 
+// clang-format off
 const char *const SW_INST_CLOSING[SW_INST_LINE_COUNT] = {
     "Instalace systému KORVEX proběhla úspěšně. Další informace o systému najdete v souboru",
     "README.TXT a v systému nápovědy. KORVEX spustíte výběrem z nabídky",
     "\"Start | Programy | KORVEX\" kliknutím na ikonu KORVEX.",
     "Hodně štěstí ve Vaší práci přejí                                     Autoři       "};
+// clang-format on
 
 static const char TEXT_WRONG_SYSTEM[] =
     "Nesprávná verze operačního systému Windows.\nSystém KORVEX vyžaduje minimálně Windows 95.";
@@ -114,8 +118,8 @@ static int16_t unit_x(int32_t x) { return (int16_t)(x * 7 / 100); }
 static int16_t unit_y(int32_t y) { return (int16_t)(y * 7 / 100); }
 
 enum {
-  CLIENT_WIDTH = 5650,     // the rightmost items end at 5550, a margin of 100 as on the left
-  STATUS_TOP = 3960,       // the status line under the last text line (3640 + 210)
+  CLIENT_WIDTH = 5650,  // the rightmost items end at 5550, a margin of 100 as on the left
+  STATUS_TOP = 3960,    // the status line under the last text line (3640 + 210)
   STATUS_HEIGHT = 230,
   CLIENT_HEIGHT = STATUS_TOP + STATUS_HEIGHT
 };
@@ -124,7 +128,7 @@ struct ItemLayout {
   int32_t id;
   uint16_t atom;
   uint32_t style;
-  int32_t x, y, cx, cy;    // layout units
+  int32_t x, y, cx, cy;  // layout units
 };
 
 static const uint32_t LABEL = SS_LEFT;
@@ -134,6 +138,7 @@ static const uint32_t BUTTON = WS_TABSTOP | BS_PUSHBUTTON;
 static const uint32_t CHECK = WS_TABSTOP | BS_CHECKBOX;
 
 // In tab order: each label stands right before its field, so that its "&" letter reaches it.
+// clang-format off
 static const ItemLayout ITEMS[] = {
     {SW_INST_HEADING, DRES_STATIC, SS_CENTER | SS_NOPREFIX, 50, 50, CLIENT_WIDTH - 100, 600},
     {SW_INST_VERSION_LABEL, DRES_STATIC, LABEL, 250, 960, 1300, 210},
@@ -156,6 +161,7 @@ static const ItemLayout ITEMS[] = {
     {SW_INST_STATUS, DRES_STATIC, SS_LEFT | SS_NOPREFIX | SS_SUNKEN | SS_LEFTNOWORDWRAP, 0,
      STATUS_TOP, CLIENT_WIDTH, STATUS_HEIGHT},
 };
+// clang-format on
 
 static const char *item_text(int32_t id, const char *version) {
   switch (id) {
@@ -171,7 +177,7 @@ static const char *item_text(int32_t id, const char *version) {
     case SW_INST_START: return "&Start instalace";
     case SW_INST_ABORT: return "&Přerušit instalaci";
     case SW_INST_END: return "&Konec";
-    case SW_INST_LINE_FIRST: return "Řádek 1";   // placeholders until the opening
+    case SW_INST_LINE_FIRST: return "Řádek 1";  // placeholders until the opening
     case SW_INST_LINE_FIRST + 1: return "Řádek 2";
     case SW_INST_LINE_FIRST + 2: return "Řádek 3";
     case SW_INST_LINE_FIRST + 3: return "Řádek 4";
@@ -233,7 +239,7 @@ enum { PAINT_INTERVAL_MS = 100, PUMP_INTERVAL_MS = 20, PAINT_TIMER = 1717 };
 static InstallerDialog *batching;  // the dialog whose texts are painted by the timer
 static unsigned unpainted;         // one bit per progress item whose text is not painted yet
 static DWORD last_pump;
-static Flag next_file;             // a file's first progress line came since the last pump
+static Flag next_file;  // a file's first progress line came since the last pump
 
 static void paint_progress(InstallerDialog *d) {
   for (int i = 0; i < PROGRESS_COUNT; i++) {
@@ -344,8 +350,13 @@ static void callback_bring_to_front(void *context) {
 // ---- Building and destroying -----------------------------------------------------------------
 
 InstallerDialog::InstallerDialog(void *parent_window)
-    : window_type(0), state(nullptr), quick_launch_available(0), installing(0), opened(0),
-      closing(0), heading_font(nullptr) {
+    : window_type(0),
+      state(nullptr),
+      quick_launch_available(0),
+      installing(0),
+      opened(0),
+      closing(0),
+      heading_font(nullptr) {
   parent = parent_window;
   center_on_screen = 1;
   char program[KX_PATH];
@@ -377,10 +388,9 @@ Flag sw_inst_open(InstallerDialog *dialog) {
   }
   char version[32];
   sw_inst_version_text(version, sizeof version);
-  DialogTemplate *tpl =
-      dres_create(SW_INST_TITLE,
-                  WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE | DS_3DLOOK,
-                  0, 0, unit_x(CLIENT_WIDTH), unit_y(CLIENT_HEIGHT), "MS Sans Serif", 8);
+  DialogTemplate *tpl = dres_create(
+      SW_INST_TITLE, WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE | DS_3DLOOK,
+      0, 0, unit_x(CLIENT_WIDTH), unit_y(CLIENT_HEIGHT), "MS Sans Serif", 8);
   if (!tpl) return 0;
   for (size_t i = 0; i < KX_COUNT(ITEMS); i++) {
     const ItemLayout &it = ITEMS[i];
@@ -498,8 +508,7 @@ Flag InstallerDialog::open() {
   set_check(this, SW_INST_DESKTOP, 1);
 
   char app_data[KX_PATH];
-  if (!reg_get_string(REG_ROOT_CURRENT_USER, SW_INST_SHELL_FOLDERS, "AppData", app_data,
-                      KX_PATH)) {
+  if (!reg_get_string(REG_ROOT_CURRENT_USER, SW_INST_SHELL_FOLDERS, "AppData", app_data, KX_PATH)) {
     ErrorBox(TEXT_NO_APP_DATA);
     return 1;
   }
@@ -592,9 +601,11 @@ static void browse_target(InstallerDialog *d) {
 
 // ---- Start, abort, end -----------------------------------------------------------------------
 
+// clang-format off
 static const int32_t INPUTS[] = {SW_INST_SOURCE,  SW_INST_SOURCE_BROWSE, SW_INST_TARGET,
                                  SW_INST_TARGET_BROWSE, SW_INST_DESKTOP, SW_INST_QUICK_LAUNCH,
                                  SW_INST_START,   SW_INST_END};
+// clang-format on
 
 static void make_default(InstallerDialog *d, int32_t id, int32_t previous) {
   HWND w = (HWND)d->window;
@@ -637,7 +648,7 @@ void InstallerDialog::run_install() {
     focus_item(this, SW_INST_START);
   }
   inst_close_lists(state);
-  if (by_itself) end();   // a silent run closes by itself
+  if (by_itself) end();  // a silent run closes by itself
 }
 
 void InstallerDialog::end() {
@@ -662,14 +673,12 @@ Flag InstallerDialog::on_message(unsigned message, uintptr_t wparam, intptr_t) {
     case SW_INST_TARGET:
       if (code == EN_KILLFOCUS) leave_field(this, id);
       return 1;
-    case IDOK:
-      return 1;  // Enter goes to the default button; a bare OK means nothing here
+    case IDOK: return 1;  // Enter goes to the default button; a bare OK means nothing here
     case IDCANCEL:
       // The close box and Esc: as "&Konec" while it may be pressed.
       if (!installing && item_enabled(this, SW_INST_END)) end();
       return 1;
-    default:
-      break;
+    default: break;
   }
   if (code != BN_CLICKED) return 0;
   switch (id) {

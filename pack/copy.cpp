@@ -33,7 +33,6 @@ CopyAllocator copy_test_set_allocator(CopyAllocator allocator) {
   return previous;
 }
 
-
 // Takes the largest buffer of the halving sequence the manager has; its size in *size.
 static unsigned char *take_buffer(int32_t *size) {
   for (int32_t want = COPY_CHUNK; want >= COPY_SMALLEST; want /= 2) {

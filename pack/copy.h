@@ -13,7 +13,7 @@
 #endif
 
 // Messages, Windows-1250.
-extern const char COPY_TEXT_OPEN[];   // "Nelze otevřít soubor %s"
+extern const char COPY_TEXT_OPEN[];  // "Nelze otevřít soubor %s"
 extern const char COPY_TEXT_WRITE[];  // "Chyba při kopírování (zapsaná délka != přečtené délce)"
 
 // The size of the copy buffer asked for first, and the read size of a normal pass.

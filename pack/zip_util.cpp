@@ -70,7 +70,8 @@ static Flag buffer_arguments_ok(const ZipUtil *zip, const void *data, uint32_t l
   return 1;
 }
 
-Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length) {
+Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out,
+                    uint32_t *out_length) {
   if (!buffer_arguments_ok(zip, data, length, out, out_length, __LINE__)) return 0;
   static const Bytef nothing[1] = {0};
   *out_length = 0;
@@ -83,7 +84,8 @@ Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned ch
     return 0;
   }
   uLongf packed = (uLongf)capacity;
-  int rc = compress2(buffer, &packed, data ? (const Bytef *)data : nothing, (uLong)length, zip->level);
+  int rc =
+      compress2(buffer, &packed, data ? (const Bytef *)data : nothing, (uLong)length, zip->level);
   zip->last_error = (int16_t)rc;
   *out = buffer;  // kept on failure too: the caller frees it
   if (rc != Z_OK) return 0;
@@ -186,11 +188,13 @@ static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipI
     if (stream.avail_out > 0) continue;
     if (current) current->used = current->capacity;
     else inflated->first_used = (uint32_t)step;
-    if (zip->out_limit && capacity >= zip->out_limit) return inflate_failed(zip, &stream, inflated, Z_BUF_ERROR);
+    if (zip->out_limit && capacity >= zip->out_limit)
+      return inflate_failed(zip, &stream, inflated, Z_BUF_ERROR);
     uint64_t more = capacity < largest ? capacity : largest;
-    ZipPiece *piece = capacity + more <= ZIP_BLOCK_MAX
-                          ? (ZipPiece *)mm_alloc((int32_t)(sizeof(ZipPiece) + more), MODULE, __LINE__)
-                          : NULL;
+    ZipPiece *piece =
+        capacity + more <= ZIP_BLOCK_MAX
+            ? (ZipPiece *)mm_alloc((int32_t)(sizeof(ZipPiece) + more), MODULE, __LINE__)
+            : NULL;
     if (!piece) return inflate_failed(zip, &stream, inflated, Z_MEM_ERROR);
     piece->next = NULL;
     piece->capacity = (uint32_t)more;
@@ -210,7 +214,8 @@ static Flag inflate_blocks(ZipUtil *zip, const void *data, uint32_t length, ZipI
   return 1;
 }
 
-Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length) {
+Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out,
+                      uint32_t *out_length) {
   if (!buffer_arguments_ok(zip, data, length, out, out_length, __LINE__)) return 0;
   *out_length = 0;
   ZipInflated inflated;
@@ -220,7 +225,9 @@ Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned 
     // Join: one zero-filled buffer of the whole steps that hold the data.
     uint64_t steps = ((uint64_t)inflated.length + inflated.step - 1) / inflated.step;
     uint64_t capacity = steps * inflated.step;
-    buffer = capacity <= ZIP_BLOCK_MAX ? (unsigned char *)mm_zalloc((int32_t)capacity, MODULE, __LINE__) : NULL;
+    buffer = capacity <= ZIP_BLOCK_MAX
+                 ? (unsigned char *)mm_zalloc((int32_t)capacity, MODULE, __LINE__)
+                 : NULL;
     if (!buffer) return inflate_failed(zip, NULL, &inflated, Z_MEM_ERROR);
     memcpy(buffer, inflated.first, inflated.first_used);
     uint32_t at = inflated.first_used;
@@ -240,7 +247,8 @@ Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned 
 
 // Reads the whole file into *data (null for an empty file) and *length. Returns 0 when the
 // file cannot be opened (field left alone) or, with -10, when it cannot be read.
-static Flag read_whole_file(ZipUtil *zip, const char *name, unsigned char **data, uint32_t *length) {
+static Flag read_whole_file(ZipUtil *zip, const char *name, unsigned char **data,
+                            uint32_t *length) {
   *data = NULL;
   *length = 0;
   FileObject *file = NULL;
@@ -365,7 +373,8 @@ Flag DecompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, con
   return write_inflated(zip, file, &inflated);
 }
 
-Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length) {
+Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
+                          uint32_t *out_length) {
   if (!zip || !file || !out || !out_length || *out) {
     InternalError(MODULE, __LINE__);
     return 0;
@@ -378,7 +387,8 @@ Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, u
   return ok;
 }
 
-Flag DecompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length) {
+Flag DecompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
+                            uint32_t *out_length) {
   if (!zip || !file || !out || !out_length || *out) {
     InternalError(MODULE, __LINE__);
     return 0;
@@ -427,7 +437,8 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target) {
 
 // ---- Measuring ---------------------------------------------------------------------------
 
-Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit, uint32_t *out_length) {
+Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit,
+                    uint32_t *out_length) {
   if (!zip || !out_length || (!data && length)) {
     InternalError(MODULE, __LINE__);
     return 0;
@@ -453,7 +464,8 @@ Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t li
     stream.avail_out = sizeof window;
     code = inflate(&stream, Z_NO_FLUSH);
     total += sizeof window - stream.avail_out;
-    if (code == Z_OK && stream.avail_out != 0 && stream.avail_in == 0) code = Z_BUF_ERROR;   // cut short
+    if (code == Z_OK && stream.avail_out != 0 && stream.avail_in == 0)
+      code = Z_BUF_ERROR;  // cut short
   } while (code == Z_OK && total <= limit);
   inflateEnd(&stream);
   if (code != Z_OK && code != Z_STREAM_END) {

@@ -78,7 +78,8 @@ int16_t GetError(const ZipUtil *zip);
 // null out or out_length, an *out that is not null on entry (it would be lost), and null data
 // with a non-zero length. Null data with length 0 is an empty input.
 
-Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length);
+Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out,
+                    uint32_t *out_length);
 // Packs length bytes at data into a new buffer with compress2 at the object's level.
 // The buffer's capacity is (length + length / 10 + 267) with the low eight bits cleared (0
 // bytes -> 256, 1,000 -> 1,280, 10,000 -> 11,264): enough for zlib's worst case.
@@ -90,7 +91,8 @@ Flag CompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned ch
 //       zlib has no memory): the buffer STAYS in *out (*out_length 0); the caller frees it
 //       with mm_free. (mm_free accepts null, so a caller may free *out after any failure.)
 
-Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out, uint32_t *out_length);
+Flag DecompressBuffer(ZipUtil *zip, const void *data, uint32_t length, unsigned char **out,
+                      uint32_t *out_length);
 // Inflates the zlib stream of length bytes at data into a new buffer.
 // The output grows by whole steps, step = length rounded up to a multiple of 256 (at least
 // 256): it starts as one zero-filled step, and the buffer handed out holds the least number of
@@ -148,14 +150,16 @@ Flag DecompressBufferToSink(ZipUtil *zip, const void *data, uint32_t length, con
 // fails (close is called whenever open succeeded). Guards: a null zip, null data, a zero
 // length, a null sink.
 
-Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length);
+Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
+                          uint32_t *out_length);
 // Reads the whole file and packs it as CompressBuffer does; *out and *out_length as there
 // (after a failed compress2 the buffer stays in *out for the caller to free). An empty file
 // packs to the 8-byte stream of no data.
 // Returns 1, or 0: file not opened (field unchanged), -10, or CompressBuffer's codes.
 // Guards: a null zip, a null file, a null out or out_length, *out not null.
 
-Flag DecompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out, uint32_t *out_length);
+Flag DecompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
+                            uint32_t *out_length);
 // Reads the whole packed file and inflates it as DecompressBuffer does (an empty file: -5).
 // Returns 1, or 0 with *out null: file not opened (field unchanged), -10, or
 // DecompressBuffer's codes.
@@ -178,7 +182,8 @@ Flag DecompressFile(ZipUtil *zip, const char *source, const char *target);
 
 // ---- Measuring ---------------------------------------------------------------------------
 
-Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit, uint32_t *out_length);
+Flag InflatedLength(ZipUtil *zip, const void *data, uint32_t length, uint32_t limit,
+                    uint32_t *out_length);
 // How many bytes the zlib stream of length bytes at data inflates to, without keeping them: it
 // is inflated through a small window of its own (nothing from the memory manager), so a packed
 // file that would give gigabytes costs no memory, and the inflating stops as soon as more than

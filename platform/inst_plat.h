@@ -31,7 +31,7 @@ Flag plat_move_file_over(const char *from, const char *to);
 // move then needs no second open of the file (each open is a round trip to the Wine server).
 // Windows: a kernel32 handle with delete access; natively a descriptor and the native path.
 struct PlatFile {
-  intptr_t handle;     // -1 while not open
+  intptr_t handle;  // -1 while not open
   char path[2 * KX_PATH + 16];
 };
 

@@ -110,7 +110,8 @@ Flag plat_move_file_over(const char *from, const char *to) {
   Wide wide_from(from), wide_to(to);
   return wide_from.ok && wide_to.ok &&
                  MoveFileExW(wide_from.text, wide_to.text, MOVEFILE_REPLACE_EXISTING)
-             ? 1 : 0;
+             ? 1
+             : 0;
 }
 
 Flag plat_file_create_new(PlatFile *file, const char *path) {
@@ -118,8 +119,8 @@ Flag plat_file_create_new(PlatFile *file, const char *path) {
   file->path[0] = 0;
   Wide wide(path);
   if (!wide.ok) return 0;
-  HANDLE handle = CreateFileW(wide.text, GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL,
-                              CREATE_NEW, FILE_ATTRIBUTE_NORMAL, NULL);
+  HANDLE handle = CreateFileW(wide.text, GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                              NULL, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, NULL);
   if (handle == INVALID_HANDLE_VALUE) return 0;
   file->handle = (intptr_t)handle;
   return 1;
@@ -189,9 +190,10 @@ Flag plat_file_rename(PlatFile *file, const char *to) {
   IoStatus io;
   memset(&io, 0, sizeof io);
   return set_information()((HANDLE)file->handle, &io, &info,
-                         (ULONG)(offsetof(RenameInformation, name) + info.length),
-                         FILE_RENAME_INFORMATION) == 0
-             ? 1 : 0;
+                           (ULONG)(offsetof(RenameInformation, name) + info.length),
+                           FILE_RENAME_INFORMATION) == 0
+             ? 1
+             : 0;
 }
 
 void plat_file_close(PlatFile *file) {

@@ -30,8 +30,7 @@ Flag CreateShellLink(const char *link_file, const char *target, const char *desc
 // uninitialised around every call. Returns 1 always (also after a message); a null argument
 // is InternalError("shl") and 0.
 
-Flag shl_read_link(const char *link_file, char *target, char *description,
-                   char *working_directory);
+Flag shl_read_link(const char *link_file, char *target, char *description, char *working_directory);
 // Loads a shortcut file and copies its target, description and working directory into the
 // three buffers of KX_PATH characters each (cut to fit). 0 when the file can't be loaded (the
 // buffers are then ""). For tests and tools; the installer itself only writes shortcuts.
@@ -76,8 +75,12 @@ void shl_end(void);
 // ---- Test controls of the native build (the Windows build ignores them) ---------------------
 
 enum {
-  SHL_FAIL_CREATE = 1, SHL_FAIL_PERSIST = 2, SHL_FAIL_PATH = 4, SHL_FAIL_DESCRIPTION = 8,
-  SHL_FAIL_WORKING_DIRECTORY = 16, SHL_FAIL_SAVE = 32
+  SHL_FAIL_CREATE = 1,
+  SHL_FAIL_PERSIST = 2,
+  SHL_FAIL_PATH = 4,
+  SHL_FAIL_DESCRIPTION = 8,
+  SHL_FAIL_WORKING_DIRECTORY = 16,
+  SHL_FAIL_SAVE = 32
 };
 void shl_test_reset(void);
 // Native build: no failures, system NT, empty trace, notification count 0.

@@ -16,7 +16,8 @@ struct Table {
   int16_t fallback;
 };
 
-#define ETS_TABLE(names, fallback) {names, (int16_t)KX_COUNT(names), fallback}
+#define ETS_TABLE(names, fallback) \
+  { names, (int16_t)KX_COUNT(names), fallback }
 
 const char *write_name(const Table &table, int16_t value, int line) {
   if (value < 0 || value >= table.count) {
@@ -109,14 +110,17 @@ int16_t draw_mode_read(const char *text) {
 
 enum { COLOUR_READ_CHARS = 20, COLOUR_WHITE = 15 };
 
+// clang-format off
 const char *const colour_names[] = {
     /*  0 */ "černá", "modrá", "zelená", "modrozelená",
     /*  4 */ "červená", "fialová", "hnědá", "světle šedá",
     /*  8 */ "tmavě šedá", "světle modrá", "světle zelená", "světle modrozelená",
     /* 12 */ "světle červená", "světle fialová", "žlutá", "bílá"};
+// clang-format on
 const Table colour_table = ETS_TABLE(colour_names, COLOUR_WHITE);
 
 // The names each colour is read by (upper case, no diacritics); white has none of its own.
+// clang-format off
 const char *const colour_read_names[COLOUR_WHITE][3] = {
     {"CERNA", "BLACK", "CERNA"},
     {"MODRA", "BLUE", "MODRA"},
@@ -133,6 +137,7 @@ const char *const colour_read_names[COLOUR_WHITE][3] = {
     {"SVETLE CERVENA", "LIGHTRED", "SVETLECERVENA"},
     {"SVETLE FIALOVA", "LIGHTMAGENTA", "SVETLEFIALOVA"},
     {"ZLUTA", "YELLOW", "ZLUTA"}};
+// clang-format on
 
 const char *colour_write(int16_t value) { return write_name(colour_table, value, __LINE__); }
 
@@ -165,9 +170,7 @@ int16_t cursor_read(const char *text) { return read_folded(cursor_table, text, _
 const char *const code_page_names[] = {"Nastavení při použití", "KEYBCS2", "LATIN2", "CP1250",
                                        "ASCII"};
 const Table code_page_table = ETS_TABLE(code_page_names, 0);
-const char *code_page_write(int16_t value) {
-  return write_name(code_page_table, value, __LINE__);
-}
+const char *code_page_write(int16_t value) { return write_name(code_page_table, value, __LINE__); }
 int16_t code_page_read(const char *text) { return read_folded(code_page_table, text, __LINE__); }
 
 const char *const toolbar_names[] = {"TOP_TOOLBAR",   "BOTTOM_TOOLBAR",   "LEFT_TOOLBAR",
@@ -176,9 +179,11 @@ const Table toolbar_table = ETS_TABLE(toolbar_names, 0);
 const char *toolbar_write(int16_t value) { return write_name(toolbar_table, value, __LINE__); }
 int16_t toolbar_read(const char *text) { return read_folded(toolbar_table, text, __LINE__); }
 
+// clang-format off
 const char *const text_window_names[] = {"NO_TEXT_WINDOW",    "TOP_TEXT_WINDOW",
                                          "BOTTOM_TEXT_WINDOW", "LEFT_TEXT_WINDOW",
                                          "RIGHT_TEXT_WINDOW", "FLOATING_TEXT_WINDOW"};
+// clang-format on
 const Table text_window_table = ETS_TABLE(text_window_names, 0);
 const char *text_window_write(int16_t value) {
   return write_name(text_window_table, value, __LINE__);
@@ -194,21 +199,22 @@ const char *panning_write(int16_t value) { return write_name(panning_table, valu
 int16_t panning_read(const char *text) { return read_folded(panning_table, text, __LINE__); }
 
 // keep this: "čeRchovaný" is the program's own text
+// clang-format off
 const char *const line_style_names[] = {"Plný",      "Tečkovaný", "Čárkovaný", "Otvor",
                                         "Vyplněný",  "Mřížovaný", "čeRchovaný", "vzor_3",
                                         "vzor_4",    "vzor_5",    "vzor_6",    "vzor_7",
                                         "vzor_8"};
+// clang-format on
 const Table line_style_table = ETS_TABLE(line_style_names, 0);
 const char *line_style_write(int16_t value) {
   return write_name(line_style_table, value, __LINE__);
 }
-int16_t line_style_read(const char *text) {
-  return read_folded(line_style_table, text, __LINE__);
-}
+int16_t line_style_read(const char *text) { return read_folded(line_style_table, text, __LINE__); }
 
 // ---- Keys ------------------------------------------------------------------------------------
 
 // keep every spelling of this table as it stands; files in use hold these names
+// clang-format off
 const char *const key_names[ETS_KEY_CODES] = {
     /*   0 */ "KB_null", "Control+Break", "Enter", "Shift+Enter",
     /*   4 */ "Alt+Enter", "Control+Enter", "Esc", "Shift+Esc",
@@ -303,6 +309,7 @@ const char *const key_names[ETS_KEY_CODES] = {
     /* 360 */ "Control_numpad_+", "Alt_numpad_+", "Control_numpad_/", "Alt_numpad_/",
     /* 364 */ "Control_numpad_-", "Alt_numpad_-", "Control_numpad_.", "Alt_numpad_."
 };
+// clang-format on
 const Table key_table = {key_names, ETS_KEY_CODES, 0};
 
 const char *key_write(int16_t value) { return write_name(key_table, value, __LINE__); }

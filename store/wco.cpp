@@ -18,6 +18,7 @@ namespace {
 
 // Settings the suite no longer uses; load drops them so that the next save rewrites the file
 // without them.
+// clang-format off
 const WcoObsolete obsolete_settings[] = {
     {"CO_common", "browse_timeout"},
     {"CO_common", "use_local_config"},
@@ -29,6 +30,7 @@ const WcoObsolete obsolete_settings[] = {
     {"CO_gerin_input", "default_gerin_input_file"},
     {nullptr, nullptr},
 };
+// clang-format on
 
 ConfigStore *the_system_store = nullptr;
 
@@ -102,10 +104,8 @@ bool search(int32_t count, Name name, const char *text, int32_t *place) {
       *place = middle;
       return true;
     }
-    if (order < 0)
-      high = middle - 1;
-    else
-      low = middle + 1;
+    if (order < 0) high = middle - 1;
+    else low = middle + 1;
   }
   *place = low;
   for (int32_t i = 0; i < count; i++) {
@@ -118,13 +118,13 @@ bool search(int32_t count, Name name, const char *text, int32_t *place) {
 }
 
 bool find_section(const ConfigStore *store, const char *name, int32_t *place) {
-  return search(store->section_count, [store](int32_t i) { return store->sections[i]->name; },
-                name, place);
+  return search(
+      store->section_count, [store](int32_t i) { return store->sections[i]->name; }, name, place);
 }
 
 bool find_entry(const ConfigSection *section, const char *key, int32_t *place) {
-  return search(section->entry_count, [section](int32_t i) { return section->entries[i].key; },
-                key, place);
+  return search(
+      section->entry_count, [section](int32_t i) { return section->entries[i].key; }, key, place);
 }
 
 // ---- Sections ----------------------------------------------------------------------------------
@@ -145,8 +145,8 @@ ConfigSection *new_section(const char *name) {
     OutOfMemoryError();
     return nullptr;
   }
-  section->entries = (ConfigEntry *)mm_zalloc(WCO_ENTRIES_FIRST * sizeof(ConfigEntry), "wco",
-                                              __LINE__);
+  section->entries =
+      (ConfigEntry *)mm_zalloc(WCO_ENTRIES_FIRST * sizeof(ConfigEntry), "wco", __LINE__);
   if (!section->entries) {
     mm_free(section, "wco", __LINE__);
     OutOfMemoryError();
@@ -170,8 +170,8 @@ int32_t add_section(ConfigStore *store, const char *name) {
   store->section_count++;
   if (store->section_count > store->section_capacity) {
     int32_t capacity = store->section_capacity + WCO_SECTIONS_STEP;
-    ConfigSection **bigger = (ConfigSection **)mm_zalloc(
-        capacity * (int32_t)sizeof(ConfigSection *), "wco", __LINE__);
+    ConfigSection **bigger =
+        (ConfigSection **)mm_zalloc(capacity * (int32_t)sizeof(ConfigSection *), "wco", __LINE__);
     if (!bigger) {
       store->section_count--;
       OutOfMemoryError();
@@ -201,10 +201,8 @@ void remove_section_at(ConfigStore *store, int32_t index) {
           (store->section_count - 1 - index) * sizeof(ConfigSection *));
   store->section_count--;
   store->sections[store->section_count] = nullptr;
-  if (store->current == index)
-    store->current = -1;
-  else if (store->current > index)
-    store->current--;
+  if (store->current == index) store->current = -1;
+  else if (store->current > index) store->current--;
   store->dirty = 1;
 }
 
@@ -302,9 +300,9 @@ Flag remove_entry(ConfigSection *section, const char *key) {
 // Insertion sort: the arrays are sorted already, so this is one pass; it also stays safe when
 // the order is not consistent (see search).
 void sort_store(ConfigStore *store) {
-  ConfigSection *current =
-      store->current >= 0 && store->current < store->section_count ? store->sections[store->current]
-                                                                   : nullptr;
+  ConfigSection *current = store->current >= 0 && store->current < store->section_count
+                               ? store->sections[store->current]
+                               : nullptr;
   for (int32_t i = 1; i < store->section_count; i++) {
     ConfigSection *moving = store->sections[i];
     int32_t j = i - 1;
@@ -339,7 +337,9 @@ struct Target {
   bool named;
 };
 
-Target named_target(ConfigStore *store, const char *section) { return Target{store, section, true}; }
+Target named_target(ConfigStore *store, const char *section) {
+  return Target{store, section, true};
+}
 Target current_target(ConfigStore *store) { return Target{store, nullptr, false}; }
 
 // The section to work on, checking store and key. A missing named section is created when
@@ -436,14 +436,10 @@ bool parse_hex(const char **text, uint8_t *result) {
   int32_t digits = 0;
   for (;; p++, digits++) {
     char c = *p;
-    if (digit(c))
-      number = number * 16 + (uint32_t)(c - '0');
-    else if (c >= 'A' && c <= 'F')
-      number = number * 16 + (uint32_t)(c - 'A' + 10);
-    else if (c >= 'a' && c <= 'f')
-      number = number * 16 + (uint32_t)(c - 'a' + 10);
-    else
-      break;
+    if (digit(c)) number = number * 16 + (uint32_t)(c - '0');
+    else if (c >= 'A' && c <= 'F') number = number * 16 + (uint32_t)(c - 'A' + 10);
+    else if (c >= 'a' && c <= 'f') number = number * 16 + (uint32_t)(c - 'a' + 10);
+    else break;
   }
   if (digits == 0) return false;
   *result = (uint8_t)number;
@@ -1150,18 +1146,18 @@ Flag wco::get_text_pointer(ConfigStore *store, const char *key, const char **res
 }
 
 // Scalars: get_NAME / set_NAME over T with the internal getter and setter given.
-#define WCO_SCALAR(NAME, T, GET, SET)                                                          \
-  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T *value) {  \
-    return GET(NAMED, key, value);                                                             \
-  }                                                                                            \
-  Flag wco::get_##NAME(ConfigStore *store, const char *key, T *value) {                        \
-    return GET(CURRENT, key, value);                                                           \
-  }                                                                                            \
-  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key, T value) {   \
-    return SET(NAMED, key, value);                                                             \
-  }                                                                                            \
-  Flag wco::set_##NAME(ConfigStore *store, const char *key, T value) {                         \
-    return SET(CURRENT, key, value);                                                           \
+#define WCO_SCALAR(NAME, T, GET, SET)                                                        \
+  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T *value) { \
+    return GET(NAMED, key, value);                                                           \
+  }                                                                                          \
+  Flag wco::get_##NAME(ConfigStore *store, const char *key, T *value) {                      \
+    return GET(CURRENT, key, value);                                                         \
+  }                                                                                          \
+  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key, T value) {  \
+    return SET(NAMED, key, value);                                                           \
+  }                                                                                          \
+  Flag wco::set_##NAME(ConfigStore *store, const char *key, T value) {                       \
+    return SET(CURRENT, key, value);                                                         \
   }
 
 WCO_SCALAR(int, int32_t, int_get, int_set)
@@ -1172,19 +1168,18 @@ WCO_SCALAR(real, float, real_get, double_set)
 WCO_SCALAR(double, double, double_get, double_set)
 
 // Compounds passed by pointer.
-#define WCO_COMPOUND(NAME, T)                                                                  \
-  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T *value) {  \
-    return NAME##_get(NAMED, key, value);                                                      \
-  }                                                                                            \
-  Flag wco::get_##NAME(ConfigStore *store, const char *key, T *value) {                        \
-    return NAME##_get(CURRENT, key, value);                                                    \
-  }                                                                                            \
-  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key,              \
-                       const T *value) {                                                       \
-    return NAME##_set(NAMED, key, value);                                                      \
-  }                                                                                            \
-  Flag wco::set_##NAME(ConfigStore *store, const char *key, const T *value) {                  \
-    return NAME##_set(CURRENT, key, value);                                                    \
+#define WCO_COMPOUND(NAME, T)                                                                      \
+  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T *value) {       \
+    return NAME##_get(NAMED, key, value);                                                          \
+  }                                                                                                \
+  Flag wco::get_##NAME(ConfigStore *store, const char *key, T *value) {                            \
+    return NAME##_get(CURRENT, key, value);                                                        \
+  }                                                                                                \
+  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key, const T *value) { \
+    return NAME##_set(NAMED, key, value);                                                          \
+  }                                                                                                \
+  Flag wco::set_##NAME(ConfigStore *store, const char *key, const T *value) {                      \
+    return NAME##_set(CURRENT, key, value);                                                        \
   }
 
 WCO_COMPOUND(rect, WcoRect)
@@ -1193,20 +1188,20 @@ WCO_COMPOUND(real_rect, WcoRealRect)
 WCO_COMPOUND(font, WcoFont)
 
 // Lists: element parser and element format.
-#define WCO_LIST(NAME, T, PARSE, FORMAT)                                                        \
-  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T **values,   \
-                       int32_t *count) {                                                        \
-    return list_get(NAMED, key, values, count, PARSE);                                          \
-  }                                                                                             \
-  Flag wco::get_##NAME(ConfigStore *store, const char *key, T **values, int32_t *count) {       \
-    return list_get(CURRENT, key, values, count, PARSE);                                        \
-  }                                                                                             \
-  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key,               \
-                       const T *values, int32_t count) {                                        \
-    return list_set(NAMED, key, values, count, FORMAT);                                         \
-  }                                                                                             \
-  Flag wco::set_##NAME(ConfigStore *store, const char *key, const T *values, int32_t count) {   \
-    return list_set(CURRENT, key, values, count, FORMAT);                                       \
+#define WCO_LIST(NAME, T, PARSE, FORMAT)                                                          \
+  Flag wco::get_##NAME(ConfigStore *store, const char *section, const char *key, T **values,      \
+                       int32_t *count) {                                                          \
+    return list_get(NAMED, key, values, count, PARSE);                                            \
+  }                                                                                               \
+  Flag wco::get_##NAME(ConfigStore *store, const char *key, T **values, int32_t *count) {         \
+    return list_get(CURRENT, key, values, count, PARSE);                                          \
+  }                                                                                               \
+  Flag wco::set_##NAME(ConfigStore *store, const char *section, const char *key, const T *values, \
+                       int32_t count) {                                                           \
+    return list_set(NAMED, key, values, count, FORMAT);                                           \
+  }                                                                                               \
+  Flag wco::set_##NAME(ConfigStore *store, const char *key, const T *values, int32_t count) {     \
+    return list_set(CURRENT, key, values, count, FORMAT);                                         \
   }
 
 namespace {
@@ -1225,15 +1220,15 @@ WCO_LIST(double_list, double, parse_real, format_double)
 WCO_LIST(byte_list, uint8_t, parse_hex, format_byte)
 WCO_LIST(pair_list, WcoPair, parse_pair, format_pair)
 
-Flag wco::get_enum(ConfigStore *store, const char *section, const char *key,
-                   const EnumNames *names, int16_t *value) {
+Flag wco::get_enum(ConfigStore *store, const char *section, const char *key, const EnumNames *names,
+                   int16_t *value) {
   return enum_get(NAMED, key, names, value);
 }
 Flag wco::get_enum(ConfigStore *store, const char *key, const EnumNames *names, int16_t *value) {
   return enum_get(CURRENT, key, names, value);
 }
-Flag wco::set_enum(ConfigStore *store, const char *section, const char *key,
-                   const EnumNames *names, int16_t value) {
+Flag wco::set_enum(ConfigStore *store, const char *section, const char *key, const EnumNames *names,
+                   int16_t value) {
   return enum_set(NAMED, key, names, value);
 }
 Flag wco::set_enum(ConfigStore *store, const char *key, const EnumNames *names, int16_t value) {

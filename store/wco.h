@@ -79,9 +79,9 @@ enum {
   WCO_SECTIONS_STEP = 5,
   WCO_ENTRIES_FIRST = 100,  // room for entries of a new section, and the growth step
   WCO_ENTRIES_STEP = 10,
-  WCO_LIST_FIRST = 5,       // room of a list read, and its growth step
+  WCO_LIST_FIRST = 5,  // room of a list read, and its growth step
   WCO_LIST_STEP = 5,
-  WCO_FACE_SIZE = 32        // font face name: 31 characters and the NUL (as LF_FACESIZE)
+  WCO_FACE_SIZE = 32  // font face name: 31 characters and the NUL (as LF_FACESIZE)
 };
 
 // The header line of every file written (without its line break).
@@ -97,22 +97,22 @@ struct ConfigEntry {
 };
 
 struct ConfigSection {
-  char *name;                    // 1 to 40 characters, trimmed, owned
-  ConfigEntry *entries;          // entry_count in use, sorted by key
+  char *name;            // 1 to 40 characters, trimmed, owned
+  ConfigEntry *entries;  // entry_count in use, sorted by key
   int32_t entry_count;
-  int32_t entry_capacity;        // 100 at first, grows by 10
-  char scratch[WCO_LINE_SIZE];   // typed values are formatted and parsed here
-  Flag modified;                 // an entry was added, changed or removed since load or save
+  int32_t entry_capacity;       // 100 at first, grows by 10
+  char scratch[WCO_LINE_SIZE];  // typed values are formatted and parsed here
+  Flag modified;                // an entry was added, changed or removed since load or save
 };
 
 struct ConfigStore {
-  ConfigSection **sections;      // section_count in use, sorted by name; each owned
+  ConfigSection **sections;  // section_count in use, sorted by name; each owned
   int32_t section_count;
-  int32_t section_capacity;      // 20 at first, grows by 5
-  char line[WCO_LINE_SIZE];      // the line being read or written
-  char path[KX_PATH];            // file loaded from and saved to; empty at creation
-  int32_t current;               // index of the current section; -1: none
-  Flag dirty;                    // a section was added or removed, or the load cleaned up
+  int32_t section_capacity;  // 20 at first, grows by 5
+  char line[WCO_LINE_SIZE];  // the line being read or written
+  char path[KX_PATH];        // file loaded from and saved to; empty at creation
+  int32_t current;           // index of the current section; -1: none
+  Flag dirty;                // a section was added or removed, or the load cleaned up
 };
 
 // One row of a table of obsolete settings for wco::purge_obsolete: a key of a section, or (key
@@ -306,8 +306,7 @@ Flag set_text(ConfigStore *store, const char *key, const char *value);
 // Returns 1; 0 after an internal error (null store, null/empty key, null value, no current
 // section) or OutOfMemoryError().
 
-Flag get_text(ConfigStore *store, const char *section, const char *key, char *buffer,
-              int32_t size);
+Flag get_text(ConfigStore *store, const char *section, const char *key, char *buffer, int32_t size);
 Flag get_text(ConfigStore *store, const char *key, char *buffer, int32_t size);
 // Copies the value into buffer, at most size characters, always terminated: buffer must hold
 // size + 1 bytes (a text field of N characters passes N). Returns 1; 0 when the section or key
@@ -358,37 +357,37 @@ Flag set_double(ConfigStore *store, const char *key, double value);
 Flag get_int_list(ConfigStore *store, const char *section, const char *key, int32_t **values,
                   int32_t *count);
 Flag get_int_list(ConfigStore *store, const char *key, int32_t **values, int32_t *count);
-Flag set_int_list(ConfigStore *store, const char *section, const char *key,
-                  const int32_t *values, int32_t count);
+Flag set_int_list(ConfigStore *store, const char *section, const char *key, const int32_t *values,
+                  int32_t count);
 Flag set_int_list(ConfigStore *store, const char *key, const int32_t *values, int32_t count);
 
 Flag get_short_list(ConfigStore *store, const char *section, const char *key, int16_t **values,
                     int32_t *count);
 Flag get_short_list(ConfigStore *store, const char *key, int16_t **values, int32_t *count);
-Flag set_short_list(ConfigStore *store, const char *section, const char *key,
-                    const int16_t *values, int32_t count);
+Flag set_short_list(ConfigStore *store, const char *section, const char *key, const int16_t *values,
+                    int32_t count);
 Flag set_short_list(ConfigStore *store, const char *key, const int16_t *values, int32_t count);
 
 Flag get_double_list(ConfigStore *store, const char *section, const char *key, double **values,
                      int32_t *count);
 Flag get_double_list(ConfigStore *store, const char *key, double **values, int32_t *count);
-Flag set_double_list(ConfigStore *store, const char *section, const char *key,
-                     const double *values, int32_t count);
+Flag set_double_list(ConfigStore *store, const char *section, const char *key, const double *values,
+                     int32_t count);
 Flag set_double_list(ConfigStore *store, const char *key, const double *values, int32_t count);
 
 Flag get_byte_list(ConfigStore *store, const char *section, const char *key, uint8_t **values,
                    int32_t *count);
 Flag get_byte_list(ConfigStore *store, const char *key, uint8_t **values, int32_t *count);
-Flag set_byte_list(ConfigStore *store, const char *section, const char *key,
-                   const uint8_t *values, int32_t count);
+Flag set_byte_list(ConfigStore *store, const char *section, const char *key, const uint8_t *values,
+                   int32_t count);
 Flag set_byte_list(ConfigStore *store, const char *key, const uint8_t *values, int32_t count);
 
 Flag get_pair_list(ConfigStore *store, const char *section, const char *key, WcoPair **values,
                    int32_t *count);
 Flag get_pair_list(ConfigStore *store, const char *key, WcoPair **values, int32_t *count);
 // count: number of pairs.
-Flag set_pair_list(ConfigStore *store, const char *section, const char *key,
-                   const WcoPair *values, int32_t count);
+Flag set_pair_list(ConfigStore *store, const char *section, const char *key, const WcoPair *values,
+                   int32_t count);
 Flag set_pair_list(ConfigStore *store, const char *key, const WcoPair *values, int32_t count);
 
 // The compound get_ and set_ below take a pointer to the value; a null one is an internal error.

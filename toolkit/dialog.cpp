@@ -43,14 +43,27 @@ static int32_t modeless_code;
 // the create call; dialog_open then must not initialise it a second time).
 static Dialog *modeless_initialised;
 
-
 // ---- Objects ---------------------------------------------------------------------------------
 
 Dialog::Dialog()
-    : parent(nullptr), template_number(0), window(nullptr), awaiting_handle(0), cancelled(0),
-      explicit_position(0), parent_relative(0), center_on_parent(0), center_on_screen(0),
-      position_x(0), position_y(0), current_x(0), current_y(0), client_width(0),
-      client_height(0), window_width(0), window_height(0), control_count(0) {
+    : parent(nullptr),
+      template_number(0),
+      window(nullptr),
+      awaiting_handle(0),
+      cancelled(0),
+      explicit_position(0),
+      parent_relative(0),
+      center_on_parent(0),
+      center_on_screen(0),
+      position_x(0),
+      position_y(0),
+      current_x(0),
+      current_y(0),
+      client_width(0),
+      client_height(0),
+      window_width(0),
+      window_height(0),
+      control_count(0) {
   for (int i = 0; i < DIALOG_CONTROLS_MAX; i++) controls[i] = nullptr;
 }
 
@@ -197,8 +210,7 @@ static intptr_t route(Dialog *d, HWND hwnd, UINT message, WPARAM wparam, LPARAM 
       if (c) c->on_notify(wparam, lparam);
       return 0;
     }
-    case WM_CHAR:
-      return d->on_message(message, wparam, lparam);
+    case WM_CHAR: return d->on_message(message, wparam, lparam);
     case WM_HSCROLL:
     case WM_VSCROLL:
       for (int32_t i = 0; i < d->control_count; i++) {
@@ -324,8 +336,7 @@ Flag dialog_open(Dialog *dialog, const void *dialog_template) {
     InternalError("dialog", __LINE__);
     return 0;
   }
-  const void *tpl =
-      dialog_template ? dialog_template : dres_find_modeless(dialog->template_number);
+  const void *tpl = dialog_template ? dialog_template : dres_find_modeless(dialog->template_number);
   if (!tpl) {
     app_set_modeless(app, nullptr);
     return 0;

@@ -12,10 +12,10 @@
 #include "common/co.h"
 
 enum {
-  DIALOG_CONTROLS_MAX = 99,        // controls per dialog
-  DIALOG_MODAL_MAX = 30,           // running modal dialogs (nested)
-  DIALOG_MSG_PLACED = 0x0400 + 120, // WM_USER + 120: posted after initialisation -> on_placed
-  DIALOG_MSG_HELP = 0x0400 + 204    // WM_USER + 204: the toolkit's context help
+  DIALOG_CONTROLS_MAX = 99,          // controls per dialog
+  DIALOG_MODAL_MAX = 30,             // running modal dialogs (nested)
+  DIALOG_MSG_PLACED = 0x0400 + 120,  // WM_USER + 120: posted after initialisation -> on_placed
+  DIALOG_MSG_HELP = 0x0400 + 204     // WM_USER + 204: the toolkit's context help
 };
 
 struct Control;
@@ -27,32 +27,32 @@ class Dialog {
   Dialog();
   virtual ~Dialog();  // slot 0: the class's own first operation, never called by the engine
 
-  virtual Flag on_init();             // during WM_INITDIALOG; 0 closes the dialog as cancelled.
-                                      // Default: 1.
-  virtual void on_placed();           // once the window rectangle is known. Default: nothing.
-  virtual Flag on_ok();               // OK/Yes not handled by on_message; 1 ends with code 1
-                                      // (a modeless dialog as by dialog_end: destroyed, and
-                                      // when it is the main window the program ends).
-                                      // Default: 1. While a modeless dialog exists, OK/Yes in
-                                      // any dialog asks on_message a second time and, if not
-                                      // handled, the modeless dialog's on_ok, which on 1 ends
-                                      // the dialog that got OK/Yes with 1.
+  virtual Flag on_init();    // during WM_INITDIALOG; 0 closes the dialog as cancelled.
+                             // Default: 1.
+  virtual void on_placed();  // once the window rectangle is known. Default: nothing.
+  virtual Flag on_ok();      // OK/Yes not handled by on_message; 1 ends with code 1
+                             // (a modeless dialog as by dialog_end: destroyed, and
+                             // when it is the main window the program ends).
+                             // Default: 1. While a modeless dialog exists, OK/Yes in
+                             // any dialog asks on_message a second time and, if not
+                             // handled, the modeless dialog's on_ok, which on 1 ends
+                             // the dialog that got OK/Yes with 1.
   virtual void on_size(uintptr_t wparam, intptr_t lparam);  // every WM_SIZE. Default: nothing.
   virtual Flag on_message(unsigned message, uintptr_t wparam, intptr_t lparam);
-                                      // commands, characters, scroll messages; 1 = handled.
-                                      // Default: 0.
+  // commands, characters, scroll messages; 1 = handled.
+  // Default: 0.
 
-  void *parent;               // parent window handle (HWND) or null
-  int32_t template_number;    // template looked up when dialog_run/dialog_open get none
-  void *window;               // dialog window handle (HWND), null until the first message
+  void *parent;             // parent window handle (HWND) or null
+  int32_t template_number;  // template looked up when dialog_run/dialog_open get none
+  void *window;             // dialog window handle (HWND), null until the first message
   Flag awaiting_handle;
-  Flag cancelled;             // set when ended with code 2
-  Flag explicit_position;     // place at (position_x, position_y), screen coordinates
-  Flag parent_relative;       // (position_x, position_y) relative to the parent's client area
+  Flag cancelled;          // set when ended with code 2
+  Flag explicit_position;  // place at (position_x, position_y), screen coordinates
+  Flag parent_relative;    // (position_x, position_y) relative to the parent's client area
   Flag center_on_parent;
   Flag center_on_screen;
-  int32_t position_x, position_y;   // stored position
-  int32_t current_x, current_y;     // updated on WM_MOVE and after initialisation
+  int32_t position_x, position_y;  // stored position
+  int32_t current_x, current_y;    // updated on WM_MOVE and after initialisation
   int32_t client_width, client_height;
   int32_t window_width, window_height;
   int32_t control_count;
@@ -64,9 +64,9 @@ struct Control {
   Control();
   virtual ~Control();
   virtual void on_notify(uintptr_t wparam, intptr_t lparam);  // default: nothing
-  int16_t kind;          // 1 = an item control that dialog_find_control may return
-  void *dialog_window;   // owning dialog's window handle (HWND)
-  int32_t item;          // item number
+  int16_t kind;         // 1 = an item control that dialog_find_control may return
+  void *dialog_window;  // owning dialog's window handle (HWND)
+  int32_t item;         // item number
 };
 
 int32_t dialog_run(Dialog *dialog, const void *dialog_template);
@@ -105,11 +105,11 @@ void dialog_to_units(Dialog *dialog, int32_t *x, int32_t *y);
 Flag control_set_text(Control *control, const char *text);
 Flag control_clear_text(Control *control);
 Flag control_get_text(Control *control, char *buffer, int32_t size);  // buffer cleared first
-Flag control_select_all(Control *control);                   // EM_SETSEL 0, -1
-Flag control_limit_text(Control *control, int32_t limit);    // EM_LIMITTEXT
-Flag control_get_limit(Control *control, int32_t *limit);    // EM_GETLIMITTEXT; 0 when negative
-Flag control_list_reset(Control *control);                   // LB_RESETCONTENT
-Flag control_list_add(Control *control, const char *text);   // LB_ADDSTRING
+Flag control_select_all(Control *control);                            // EM_SETSEL 0, -1
+Flag control_limit_text(Control *control, int32_t limit);             // EM_LIMITTEXT
+Flag control_get_limit(Control *control, int32_t *limit);   // EM_GETLIMITTEXT; 0 when negative
+Flag control_list_reset(Control *control);                  // LB_RESETCONTENT
+Flag control_list_add(Control *control, const char *text);  // LB_ADDSTRING
 
 // ---- Additions of the toolkit ---------------------------------------------------------------
 
@@ -134,12 +134,12 @@ struct DialogRect {
 
 // Everything the placement of a dialog depends on (screen coordinates).
 struct DialogPlacement {
-  DialogRect work;           // the desktop work area
-  DialogRect window;         // the dialog's window rectangle (width and height are used)
+  DialogRect work;    // the desktop work area
+  DialogRect window;  // the dialog's window rectangle (width and height are used)
   Flag has_parent;
-  Flag child;                // the dialog is a child window of its parent
+  Flag child;                                // the dialog is a child window of its parent
   int32_t parent_client_x, parent_client_y;  // parent's client origin on the screen
-  DialogRect parent_window;  // parent's window rectangle
+  DialogRect parent_window;                  // parent's window rectangle
   Flag explicit_position, parent_relative, center_on_parent, center_on_screen;
   int32_t position_x, position_y;
 };

@@ -61,9 +61,7 @@ static void set16(DialogTemplate *tpl, int32_t at, uint16_t v) {
 }
 
 // Number of UTF-16 units of text (code page 1250) without the terminator.
-static int32_t wide_length(const char *text) {
-  return wtext_units(text);
-}
+static int32_t wide_length(const char *text) { return wtext_units(text); }
 
 // Appends text as a terminated UTF-16 string; the room is reserved by the caller.
 static void put_text(DialogTemplate *tpl, const char *text, int32_t units) {

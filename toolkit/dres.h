@@ -12,8 +12,12 @@
 struct DialogTemplate;  // opaque; bytes DWORD-aligned as the platform wants them
 
 enum {
-  DRES_BUTTON = 0x0080, DRES_EDIT = 0x0081, DRES_STATIC = 0x0082,
-  DRES_LISTBOX = 0x0083, DRES_SCROLLBAR = 0x0084, DRES_COMBOBOX = 0x0085
+  DRES_BUTTON = 0x0080,
+  DRES_EDIT = 0x0081,
+  DRES_STATIC = 0x0082,
+  DRES_LISTBOX = 0x0083,
+  DRES_SCROLLBAR = 0x0084,
+  DRES_COMBOBOX = 0x0085
 };
 
 DialogTemplate *dres_create(const char *title, uint32_t style, int16_t x, int16_t y, int16_t cx,

@@ -93,7 +93,9 @@ class WeDialog : public Dialog {
     int x = (client_w - buttons_w) / 2;
     for (int i = 0; i < button_count; i++) {
       HWND b = GetDlgItem(hwnd, codes[i]);
-      if (b) MoveWindow(b, x + i * (button.right + gap.right), row_y, button.right, button.bottom, FALSE);
+      if (b)
+        MoveWindow(b, x + i * (button.right + gap.right), row_y, button.right, button.bottom,
+                   FALSE);
     }
     RECT outer = {0, 0, client_w, client_h};
     AdjustWindowRectEx(&outer, (DWORD)GetWindowLongA(hwnd, GWL_STYLE), FALSE,
@@ -124,9 +126,7 @@ int16_t questions_run(int16_t kind, void *owner, const char *title, const char *
       buttons[count++] = &kAll;
       buttons[count++] = &kCancel;
       break;
-    default:
-      buttons[count++] = &kOk;
-      break;
+    default: buttons[count++] = &kOk; break;
   }
 
   DialogTemplate *tpl = dres_create(title, kDialogStyle, 0, 0, 200, 60, "MS Sans Serif", 8);

@@ -15,9 +15,9 @@
 struct MainWindow {
   MainWindow() : window(nullptr), dialog(nullptr), pre_translate(0), pre_translate_hook(nullptr) {}
   ~MainWindow() {}
-  void *window;                        // HWND of the main window
-  Dialog *dialog;                      // the modeless dialog that is the main window, or null
-  Flag pre_translate;                  // offer every message to the hook before translation
+  void *window;        // HWND of the main window
+  Dialog *dialog;      // the modeless dialog that is the main window, or null
+  Flag pre_translate;  // offer every message to the hook before translation
   AppPreTranslate pre_translate_hook;
 };
 
@@ -25,15 +25,15 @@ static_assert(sizeof(MainWindow) <= APP_MAIN_WINDOW_SIZE, "the main window objec
 
 Application *application;
 
-static Application standby;           // the application object outside app_run
+static Application standby;  // the application object outside app_run
 static AppWindowFactory window_factory;
 static int16_t main_window_type;
 static AppStatusSink status_sink;
 static void *status_context;
 static AppPreTranslate pre_translate_hook;
-static void *accelerator_table;       // for the next app_run
-static Flag looping;                  // app_run is in its message loop
-static Flag quit_requested;           // a WM_QUIT is on its way; the main dialog posts no other
+static void *accelerator_table;  // for the next app_run
+static Flag looping;             // app_run is in its message loop
+static Flag quit_requested;      // a WM_QUIT is on its way; the main dialog posts no other
 
 Application *app_current(void) {
   questions_install();
@@ -81,7 +81,7 @@ void app_set_accelerators(void *accelerators) {
 // The toolkit's own window classes, one registration routine per window module. A class that a
 // previous run registered already counts as registered.
 
-static const char *const class_names[] = {"KxMainWindow", "KxBitmap",  "KxButton", "KxEdit",
+static const char *const class_names[] = {"KxMainWindow", "KxBitmap", "KxButton", "KxEdit",
                                           "KxList",       "KxStatic", "KxTable"};
 
 static Flag register_class(HINSTANCE instance, const char *name, UINT style, int brush) {
@@ -97,13 +97,27 @@ static Flag register_class(HINSTANCE instance, const char *name, UINT style, int
   return GetLastError() == ERROR_CLASS_ALREADY_EXISTS ? 1 : 0;
 }
 
-static Flag register_main(HINSTANCE i) { return register_class(i, class_names[0], CS_HREDRAW | CS_VREDRAW, COLOR_BTNFACE); }
-static Flag register_bitmap(HINSTANCE i) { return register_class(i, class_names[1], CS_HREDRAW | CS_VREDRAW, COLOR_WINDOW); }
-static Flag register_button(HINSTANCE i) { return register_class(i, class_names[2], CS_DBLCLKS, COLOR_BTNFACE); }
-static Flag register_edit(HINSTANCE i) { return register_class(i, class_names[3], CS_DBLCLKS, COLOR_WINDOW); }
-static Flag register_list(HINSTANCE i) { return register_class(i, class_names[4], CS_DBLCLKS, COLOR_WINDOW); }
-static Flag register_static(HINSTANCE i) { return register_class(i, class_names[5], 0, COLOR_BTNFACE); }
-static Flag register_table(HINSTANCE i) { return register_class(i, class_names[6], CS_DBLCLKS, COLOR_WINDOW); }
+static Flag register_main(HINSTANCE i) {
+  return register_class(i, class_names[0], CS_HREDRAW | CS_VREDRAW, COLOR_BTNFACE);
+}
+static Flag register_bitmap(HINSTANCE i) {
+  return register_class(i, class_names[1], CS_HREDRAW | CS_VREDRAW, COLOR_WINDOW);
+}
+static Flag register_button(HINSTANCE i) {
+  return register_class(i, class_names[2], CS_DBLCLKS, COLOR_BTNFACE);
+}
+static Flag register_edit(HINSTANCE i) {
+  return register_class(i, class_names[3], CS_DBLCLKS, COLOR_WINDOW);
+}
+static Flag register_list(HINSTANCE i) {
+  return register_class(i, class_names[4], CS_DBLCLKS, COLOR_WINDOW);
+}
+static Flag register_static(HINSTANCE i) {
+  return register_class(i, class_names[5], 0, COLOR_BTNFACE);
+}
+static Flag register_table(HINSTANCE i) {
+  return register_class(i, class_names[6], CS_DBLCLKS, COLOR_WINDOW);
+}
 
 static void unregister_classes(HINSTANCE instance) {
   for (size_t i = 0; i < KX_COUNT(class_names); i++) UnregisterClassA(class_names[i], instance);
@@ -161,8 +175,8 @@ int32_t app_run(void *instance, int32_t show_command) {
   app->main_object = mw;
 
   Dialog *main_dialog = nullptr;
-  if (!window_factory || !window_factory(nullptr, &main_dialog, main_window_type) ||
-      !main_dialog || !main_dialog->window || !IsWindow((HWND)main_dialog->window)) {
+  if (!window_factory || !window_factory(nullptr, &main_dialog, main_window_type) || !main_dialog ||
+      !main_dialog->window || !IsWindow((HWND)main_dialog->window)) {
     tear_down(app);
     return 0;
   }

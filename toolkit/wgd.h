@@ -12,15 +12,15 @@ enum { APP_MAIN_WINDOW_SIZE = 646 };  // bytes of the main window object (zero-f
 struct MainWindow;  // the toolkit's main window object (wgd.cpp)
 
 struct Application {
-  void *instance;                         // HINSTANCE
-  void *main_window;                      // HWND accelerators are translated for
-  MainWindow *main_object;                // null until created
-  void *accelerators;                     // HACCEL or null
-  Dialog *modal[DIALOG_MODAL_MAX];        // 0 = free
+  void *instance;                   // HINSTANCE
+  void *main_window;                // HWND accelerators are translated for
+  MainWindow *main_object;          // null until created
+  void *accelerators;               // HACCEL or null
+  Dialog *modal[DIALOG_MODAL_MAX];  // 0 = free
   Dialog *modeless;
 };
 
-extern Application *application;          // the one application object, null outside app_run
+extern Application *application;  // the one application object, null outside app_run
 
 // Window factory: called by app_run to open the program's main window. For a type it knows it
 // creates the window object (a dialog opened modeless, for example), stores it in *out and

@@ -111,8 +111,8 @@ void pump(void *) {
 
 }  // namespace
 
-ListRecord file_record(const char *name, const char *stored, const char *directory,
-                       uint32_t size, uint16_t disk, const char *description) {
+ListRecord file_record(const char *name, const char *stored, const char *directory, uint32_t size,
+                       uint16_t disk, const char *description) {
   ListRecord r;
   memset(&r, 0, sizeof r);
   strncpy(r.name, name, ILST_NAME_MAX);

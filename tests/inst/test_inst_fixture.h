@@ -25,8 +25,8 @@ struct Medium {
   std::vector<ListRecord> records;
 };
 
-ListRecord file_record(const char *name, const char *stored, const char *directory,
-                       uint32_t size, uint16_t disk, const char *description);
+ListRecord file_record(const char *name, const char *stored, const char *directory, uint32_t size,
+                       uint16_t disk, const char *description);
 
 class InstallTest : public ::testing::Test {
  protected:
@@ -34,7 +34,7 @@ class InstallTest : public ::testing::Test {
   void TearDown() override;
 
   // Paths in the installer's (drive) form and their local form for reading back.
-  std::string root_path() const;                    // "C:\" natively, the scratch dir + "\"
+  std::string root_path() const;  // "C:\" natively, the scratch dir + "\"
   std::string local(const std::string &path) const;
 
   void set_target(const std::string &target);
@@ -59,7 +59,7 @@ class InstallTest : public ::testing::Test {
   kxtest::ScratchDir scratch_;
   kxtest::BoxRecorder boxes_;
   InstallState *state_ = nullptr;
-  std::string source_;   // drive form, with trailing separator
+  std::string source_;  // drive form, with trailing separator
   std::string target_;
 
  public:

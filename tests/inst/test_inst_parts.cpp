@@ -8,9 +8,9 @@
 
 #include <string.h>
 
+using insttest::file_record;
 using insttest::InstallTest;
 using insttest::Medium;
-using insttest::file_record;
 using Records = std::vector<std::pair<int, std::string>>;
 
 namespace {
@@ -31,7 +31,11 @@ TEST_F(InstallTest, RecordsJoinAndCut) {
   on_pump = nullptr;
   const std::string p1023 = kxtest::pattern_text(1023), p1022 = p1023.substr(0, 1022),
                     p1025 = p1023 + "xy", p1024 = p1023 + "\\";
-  struct { int kind; const char *a, *b, *c; std::string want; } rows[] = {
+  struct {
+    int kind;
+    const char *a, *b, *c;
+    std::string want;
+  } rows[] = {
       /* 0 */ {0, "C:\\K\\", "EXE", "SYSTEM.WCO", "C:\\K\\EXE\\SYSTEM.WCO"},
       /* 1 */ {0, "C:\\K", "EXE\\", "X", "C:\\K\\EXE\\X"},
       /* 2 */ {0, "C:\\K\\", "", nullptr, "C:\\K\\"},
@@ -46,7 +50,7 @@ TEST_F(InstallTest, RecordsJoinAndCut) {
       /* 11 */ {2, p1025.c_str(), nullptr, nullptr, p1023},
       /* 12 */ {1, p1024.c_str(), nullptr, nullptr, p1023},
   };
-  const size_t before = 1;   // DISKLIST.LST, copied before the abort
+  const size_t before = 1;  // DISKLIST.LST, copied before the abort
   for (auto &r : rows) {
     Flag ok = r.kind == 0   ? RecordInstalledFile(r.a, r.b, r.c)
               : r.kind == 1 ? RecordCreatedDirectory(r.a)
@@ -102,4 +106,3 @@ TEST_F(InstallTest, LongPathsAreRefusedNotOverrun) {
   }
 #endif
 }
-

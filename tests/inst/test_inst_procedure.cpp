@@ -12,9 +12,9 @@
 #include <string.h>
 
 namespace fs = std::filesystem;
+using insttest::file_record;
 using insttest::InstallTest;
 using insttest::Medium;
-using insttest::file_record;
 using Records = std::vector<std::pair<int, std::string>>;
 
 namespace {
@@ -37,30 +37,25 @@ TEST_F(InstallTest, FullRunWritesListsInCreationOrder) {
   EXPECT_EQ(boxes_at_later_steps, 0u) << dump_asked();
   const std::string t = target_;
   const std::string d = t.substr(0, t.size() - 1);
-  Records expected = {{0, t + "README.TXT"},      {0, t + "DISKLIST.LST"},
-                      {1, t + "EXE"},             {1, t + "SLIB"},
-                      {1, t + "Navrhy"},          {1, d},
-                      {0, t + "EXE\\KORV5.EXE"},  {0, t + "SLIB\\ZNACKY.S32"},
-                      {0, t + "CTIMNE.TXT"},      {0, t + "INST.LST"},
-                      {0, t + "EXE\\SYSTEM.WCO"}};
+  Records expected = {{0, t + "README.TXT"},     {0, t + "DISKLIST.LST"},     {1, t + "EXE"},
+                      {1, t + "SLIB"},           {1, t + "Navrhy"},           {1, d},
+                      {0, t + "EXE\\KORV5.EXE"}, {0, t + "SLIB\\ZNACKY.S32"}, {0, t + "CTIMNE.TXT"},
+                      {0, t + "INST.LST"},       {0, t + "EXE\\SYSTEM.WCO"}};
   Records got = uninstall_records();
   ASSERT_GE(got.size(), expected.size()) << dump_records();
   for (size_t i = 0; i < expected.size(); i++)
     EXPECT_EQ(got[i], expected[i]) << "record " << i << "\n" << dump_records();
   // Only registry keys and shortcuts of the later steps follow.
-  EXPECT_EQ(install_lines(), (std::vector<std::string>{t + "EXE\\KORV5.EXE Hlavní program",
-                                                       t + "SLIB\\ZNACKY.S32 Knihovna značek",
-                                                       t + "CTIMNE.TXT "}));
+  EXPECT_EQ(install_lines(),
+            (std::vector<std::string>{t + "EXE\\KORV5.EXE Hlavní program",
+                                      t + "SLIB\\ZNACKY.S32 Knihovna značek", t + "CTIMNE.TXT "}));
   EXPECT_EQ(std::string(program_dir), t + "EXE\\");
   // Status texts of the steps, in order.
-  std::vector<std::string> steps = {"Kontrola zdrojové cesty ...",
-                                    "Odstranění předchozí instalace ...",
-                                    "Kontrola cílové cesty ...",
-                                    "Vytváření adresářů ...",
-                                    "Kontrola místa na disku ...",
-                                    "Zápis/oprava konfiguračního souboru",
-                                    "Aktualizace nabídky Start ...",
-                                    "Aktualizace registru (cesta systémové konfigurace) ..."};
+  std::vector<std::string> steps = {
+      "Kontrola zdrojové cesty ...",   "Odstranění předchozí instalace ...",
+      "Kontrola cílové cesty ...",     "Vytváření adresářů ...",
+      "Kontrola místa na disku ...",   "Zápis/oprava konfiguračního souboru",
+      "Aktualizace nabídky Start ...", "Aktualizace registru (cesta systémové konfigurace) ..."};
   size_t at = 0;
   for (const std::string &s : statuses)
     if (at < steps.size() && s == steps[at]) at++;
@@ -89,7 +84,7 @@ TEST_F(InstallTest, ProgressLineIsCutAtEightyCharacters) {
 TEST_F(InstallTest, WrongDiskNumberAsksAgain) {
   Medium m = three_files();
   m.records[2].disk = 1;
-  m.records[2].stored[0] = 'X';   // XTIMNE.TXT: not in the source yet
+  m.records[2].stored[0] = 'X';  // XTIMNE.TXT: not in the source yet
   write_medium(m);
   fs::remove(local(source_ + "XTIMNE.TXT"));
   int notices = 0;
@@ -159,7 +154,10 @@ TEST_F(InstallTest, AbortQuestion) {
 TEST_F(InstallTest, SpaceCheckBoundary) {
   // Cluster 512: 700 B -> 2, 40 B -> 1, 5 B -> 1 cluster; reserve 1,000,000 / 512 = 1953.
   const uint32_t needed = 2 + 1 + 1 + 1953;
-  struct { uint32_t free; Flag ok; } rows[] = {{needed, 1}, {needed - 1, 0}};
+  struct {
+    uint32_t free;
+    Flag ok;
+  } rows[] = {{needed, 1}, {needed - 1, 0}};
   for (size_t i = 0; i < 2; i++) {
     boxes_.clear();
     write_medium(three_files());

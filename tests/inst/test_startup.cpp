@@ -46,7 +46,7 @@ TEST(StartupCommandLine, ProgramPathGivesDriveDirectoryAndSystemDrive) {
       {4, "\\\\server\\share\\SETUP.EXE", "", "\\\\server\\share\\", "c:"},
       {5, "SETUP.EXE", "", "", "c:"},
       {6, "", "", "", "c:"},
-      {7, "AB:\\X\\Y.EXE", "AB:", "\\X\\", "c:"},   // no drive letter: the system drive stays
+      {7, "AB:\\X\\Y.EXE", "AB:", "\\X\\", "c:"},  // no drive letter: the system drive stays
       {8, "Z:\\", "Z:", "\\", "Z:"},
   };
   for (const Row &r : rows) {
@@ -128,8 +128,8 @@ std::string store_text(const char *section, const char *key) {
 void set_values(const std::string &user, const std::string &system) {
   ASSERT_EQ(1, reg_set_string(REG_ROOT_CURRENT_USER, STARTUP_REGISTRY_KEY, STARTUP_USER_VALUE,
                               user.c_str()));
-  ASSERT_EQ(1, reg_set_string(REG_ROOT_LOCAL_MACHINE, STARTUP_REGISTRY_KEY,
-                              STARTUP_SYSTEM_VALUE, system.c_str()));
+  ASSERT_EQ(1, reg_set_string(REG_ROOT_LOCAL_MACHINE, STARTUP_REGISTRY_KEY, STARTUP_SYSTEM_VALUE,
+                              system.c_str()));
 }
 
 class Locate : public ::testing::Test {
@@ -161,16 +161,15 @@ TEST_F(Locate, TriesUserThenMachineThenTheProgramsOwnFile) {
   // Files A (user's), B (machine's), own SYSTEM.WCO; each marks the store with its name.
   struct Row {
     int n;
-    const char *user;     // "A": the file A, "-": a missing file, "": empty value
-    const char *system;   // "B", "-", ""
-    bool own;             // the program's SYSTEM.WCO exists
+    const char *user;    // "A": the file A, "-": a missing file, "": empty value
+    const char *system;  // "B", "-", ""
+    bool own;            // the program's SYSTEM.WCO exists
     Flag result;
-    const char *found;    // "A", "B", "own", or "" for none (configuration_path unchanged)
+    const char *found;  // "A", "B", "own", or "" for none (configuration_path unchanged)
   } rows[] = {
-      {1, "A", "B", true, 1, "A"},   {2, "", "B", true, 1, "B"},
-      {3, "-", "B", true, 1, "B"},   {4, "A", "-", false, 1, "A"},
-      {5, "-", "", true, 1, "own"}, {6, "", "", true, 1, "own"},
-      {7, "-", "", false, 0, ""},    {8, "", "-", false, 0, ""},
+      {1, "A", "B", true, 1, "A"},  {2, "", "B", true, 1, "B"},   {3, "-", "B", true, 1, "B"},
+      {4, "A", "-", false, 1, "A"}, {5, "-", "", true, 1, "own"}, {6, "", "", true, 1, "own"},
+      {7, "-", "", false, 0, ""},   {8, "", "-", false, 0, ""},
   };
   const std::string a = scratch_.file("A.WCO"), b = scratch_.file("B.WCO");
   const std::string own_dir = scratch_.path() + SEP;

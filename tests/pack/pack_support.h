@@ -48,10 +48,11 @@ class Ledger {
     std::string damage;
     for (const kxtest::MmLogRecord &r : since_mark()) {
       if (is_request(r) && r.address != 0 && r.error == 0)
-        held[r.address] = r.name + ":" + std::to_string(r.line) + " " + std::to_string(r.size) + "\n";
-      else if (r.kind == MM_KIND_FREE && r.address != 0)
-        held.erase(r.address);
-      if (r.kind == MM_KIND_LOG || (r.kind == MM_KIND_FREE && r.error)) damage += r.text.text + "\n";
+        held[r.address] =
+            r.name + ":" + std::to_string(r.line) + " " + std::to_string(r.size) + "\n";
+      else if (r.kind == MM_KIND_FREE && r.address != 0) held.erase(r.address);
+      if (r.kind == MM_KIND_LOG || (r.kind == MM_KIND_FREE && r.error))
+        damage += r.text.text + "\n";
     }
     std::string text;
     for (const auto &h : held) text += h.second;

@@ -20,7 +20,8 @@ const char kStoredHead[] = "780101860179fe", kAdler[] = "d26b904c";
 const char kHeader1[] = "7801", kHeader6[] = "789c", kHeader9[] = "78da";
 const char kBody[] =
     "0bcbc99fa7e0e219ecad60c4cbe5979a5395aa905f925af6e36d8942717e69527e9182b77f5098a99e6b842b2f57"
-    "c08fd4a2d25999250a9979c525893989c9990af6bc5cc5c9192f73137514b2f33233f2cbf280ac94d4e2ec4485829cfc"
+    "c08fd4a2d25999250a9979c525893989c9990af6bc5cc5c9192f73137514b2f33233f2cbf280ac94d4e2ec4485829c"
+    "fc"
     "59797f9333148a0bf2b37eea80cc7bf1b0b8243bd15a21383238c4d5572fdcd99f972b6cd4055c00d26b904c";
 const char kZerosHead[] = "78daedc13101000000c2a0f54f6d085fa0", kZerosTail[] = "3e0300f00001";
 const size_t kZerosRun = 1016, kMegabyte = 1 << 20;

@@ -33,6 +33,7 @@ struct Table {
   std::vector<Read> reads;            // how stored texts read, row by row
 };
 
+// clang-format off
 const Table tables[] = {
     {&ets_flag, "flag", 0, {"Ne ", "Ano"},
      {/* 0 */ {"Ano", 1}, {"yes", 1}, {"On", 1}, {"NONE", 1}, {"áno", 1},
@@ -83,6 +84,7 @@ const Table tables[] = {
       /* 5 */ {"Alt'", 331}, {"Alt_'", 0}, {"Šipka_vlevo", 38}, {"Sipka_vlevo", 0},
       /* 9 */ {"Break", 311}, {"Break ", 0}, {"", 0}, {"KB_null", 0}}},
 };
+// clang-format on
 
 // Every recorded box is an internal error of ets; returns how many there were.
 size_t ets_faults(const kxtest::BoxRecorder &rec) {

@@ -39,7 +39,8 @@ std::string BoxRecorder::dump() const {
   std::ostringstream out;
   out << recorded.size() << " box(es):\n";
   for (const Box &b : recorded)
-    out << "  [" << b.title << "] " << b.text << " (flags 0x" << std::hex << b.flags << std::dec << ")\n";
+    out << "  [" << b.title << "] " << b.text << " (flags 0x" << std::hex << b.flags << std::dec
+        << ")\n";
   return out.str();
 }
 

@@ -54,7 +54,7 @@ class ScratchDir {
   std::string previous_;
 };
 
-std::string read_bytes(const std::string &path);        // whole file; empty when missing
+std::string read_bytes(const std::string &path);  // whole file; empty when missing
 bool write_bytes(const std::string &path, const std::string &data);
 bool exists(const std::string &path);
 

@@ -16,22 +16,22 @@ namespace kxtest {
 struct MmTextRecord {
   uint32_t year = 0;
   uint8_t day = 0, month = 0, minute = 0, hour = 0, hundredths = 0, second = 0;
-  std::string text;          // up to the NUL
-  std::string raw;           // the whole 200-byte field
+  std::string text;  // up to the NUL
+  std::string raw;   // the whole 200-byte field
 };
 
 struct MmLogRecord {
-  size_t offset = 0;         // of the allocation record in the file
+  size_t offset = 0;  // of the allocation record in the file
   uint16_t kind = 0;
   uint32_t address = 0;
   uint32_t size = 0;
   uint32_t count = 0;
   uint32_t seq = 0;
-  std::string name;          // up to the NUL
-  std::string raw_name;      // the whole 14-byte field
+  std::string name;      // up to the NUL
+  std::string raw_name;  // the whole 14-byte field
   uint32_t line = 0;
   uint16_t error = 0;
-  bool has_text = false;     // kinds 1, 2, 3
+  bool has_text = false;  // kinds 1, 2, 3
   MmTextRecord text;
 };
 

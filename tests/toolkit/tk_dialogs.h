@@ -41,7 +41,7 @@ class TestDialog : public Dialog {
   Flag init_result = 1, ok_result = 1, message_result = 0;
   int init_calls = 0, placed_calls = 0, ok_calls = 0;
   std::vector<Msg> messages;
-  std::function<void(TestDialog *)> placed;        // runs in on_placed
+  std::function<void(TestDialog *)> placed;                                  // runs in on_placed
   std::function<Flag(TestDialog *, unsigned, uintptr_t, intptr_t)> handler;  // on_message
 
   Flag on_init() override { return init_calls++, init_result; }

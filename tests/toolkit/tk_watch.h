@@ -16,7 +16,8 @@ namespace tk {
 
 inline std::string from_wide(const wchar_t *wide, int n) {
   std::string out((size_t)n * 2 + 1, '\0');
-  int m = n > 0 ? WideCharToMultiByte(1250, 0, wide, n, &out[0], (int)out.size(), nullptr, nullptr) : 0;
+  int m =
+      n > 0 ? WideCharToMultiByte(1250, 0, wide, n, &out[0], (int)out.size(), nullptr, nullptr) : 0;
   out.resize(m > 0 ? (size_t)m : 0);
   return out;
 }
@@ -111,7 +112,8 @@ class Watch {
     } else if (GetTickCount() - w->start_ > w->limit_) {
       w->fired = w->timed_out = true;
       HWND any;
-      for (int guard = 0; (any = find_dialog("")) && guard < 40; guard++) EndDialog(any, 2), DestroyWindow(any);
+      for (int guard = 0; (any = find_dialog("")) && guard < 40; guard++)
+        EndDialog(any, 2), DestroyWindow(any);
     }
   }
   std::string title_;

@@ -42,8 +42,8 @@ int medium_uninstall_list_main(int argc, char **argv) {
   fclose(f);
   fflush(stdout);
   if (got != 0) {
-    fprintf(stderr, "mkmedium: %s: %lu bytes after record %ld, less than a record\n", argv[0], (unsigned long)got,
-            records);
+    fprintf(stderr, "mkmedium: %s: %lu bytes after record %ld, less than a record\n", argv[0],
+            (unsigned long)got, records);
     return 1;
   }
   return 0;
@@ -70,7 +70,8 @@ int medium_uninstall_write_main(int argc, char **argv) {
     if (tab) *tab = 0;
     if (!tab || !edit_number(line, 0xFFFF, &kind) ||
         medium_utf8_to_cp1250(tab + 1, r.path, sizeof r.path, nullptr) != MEDIUM_TEXT_OK) {
-      fprintf(stderr, "mkmedium: line %ld: not KIND<tab>PATH, or the path does not fit a record\n", number);
+      fprintf(stderr, "mkmedium: line %ld: not KIND<tab>PATH, or the path does not fit a record\n",
+              number);
       rc = 2;
       break;
     }
@@ -96,15 +97,17 @@ int medium_uninstall_write_main(int argc, char **argv) {
 
 struct TextField {
   const char *name;
-  int16_t at, field;     // offset in the header or record, bytes of the field
+  int16_t at, field;  // offset in the header or record, bytes of the field
 };
 
+// clang-format off
 static const TextField kRecordTexts[] = {
     {"name", ILST_AT_NAME, ILST_NAME_FIELD},
     {"stored", ILST_AT_STORED, ILST_NAME_FIELD},
     {"directory", ILST_AT_DIRECTORY, ILST_NAME_FIELD},
     {"description", ILST_AT_DESCRIPTION, ILST_DESCRIPTION_FIELD},
 };
+// clang-format on
 
 // value (UTF-8 with \xHH escapes) as Windows-1250 bytes into out (size bytes); *length the
 // bytes. 0 when the value is not valid or longer than size.
@@ -114,7 +117,8 @@ static Flag edit_text(const char *value, char *out, size_t size, size_t *length)
   size_t n = 0;
   for (const char *p = text; *p; p++) {
     unsigned hex = 0;
-    if (p[0] == '\\' && p[1] == 'x' && sscanf(p + 2, "%2x", &hex) == 1 && strspn(p + 2, "0123456789abcdefABCDEF") >= 2) {
+    if (p[0] == '\\' && p[1] == 'x' && sscanf(p + 2, "%2x", &hex) == 1 &&
+        strspn(p + 2, "0123456789abcdefABCDEF") >= 2) {
       p += 3;
     } else {
       hex = (unsigned char)*p;
@@ -146,7 +150,8 @@ static Flag edit_record(unsigned char *bytes, const char *field, const char *val
   unsigned long n = 0;
   ilst_decode_record(bytes, &r);
   if (strcmp(field, "size") == 0 && edit_number(value, 0xFFFFFFFFul, &n)) r.size = (uint32_t)n;
-  else if (strcmp(field, "disk") == 0 && edit_number(value, 0x10000ul, &n) && n > 0) r.disk = (uint16_t)(n - 1);
+  else if (strcmp(field, "disk") == 0 && edit_number(value, 0x10000ul, &n) && n > 0)
+    r.disk = (uint16_t)(n - 1);
   else return 0;
   // Encoded again through the list module; the text fields keep their bytes as they were.
   unsigned char texts[ILST_RECORD_SIZE];
@@ -181,7 +186,8 @@ static Flag edit_header(unsigned char *bytes, const char *field, const char *val
 static long find_record(const unsigned char *data, long records, const char *which) {
   if (strcmp(which, "last") == 0) return records - 1;
   unsigned long n = 0;
-  if (which[0] == '#') return edit_number(which + 1, (unsigned long)records, &n) && n > 0 ? (long)n - 1 : -1;
+  if (which[0] == '#')
+    return edit_number(which + 1, (unsigned long)records, &n) && n > 0 ? (long)n - 1 : -1;
   char name[ILST_NAME_FIELD + 1];
   if (medium_utf8_to_cp1250(which, name, sizeof name, nullptr) != MEDIUM_TEXT_OK) return -1;
   for (long i = 0; i < records; i++) {
@@ -201,11 +207,14 @@ int medium_edit_main(int argc, char **argv) {
   FILE *f = fopen(path, "rb");
   long length = -1;
   if (f && fseek(f, 0, SEEK_END) == 0) length = ftell(f);
-  unsigned char *data = length >= ILST_HEADER_SIZE ? (unsigned char *)mm_alloc((int32_t)length, MM_HERE) : nullptr;
-  Flag ok = data && fseek(f, 0, SEEK_SET) == 0 && fread(data, 1, (size_t)length, f) == (size_t)length;
+  unsigned char *data =
+      length >= ILST_HEADER_SIZE ? (unsigned char *)mm_alloc((int32_t)length, MM_HERE) : nullptr;
+  Flag ok =
+      data && fseek(f, 0, SEEK_SET) == 0 && fread(data, 1, (size_t)length, f) == (size_t)length;
   if (f) fclose(f);
   if (!ok) {
-    fprintf(stderr, "mkmedium: %s: cannot read a list (at least a header's %d bytes)\n", path, ILST_HEADER_SIZE);
+    fprintf(stderr, "mkmedium: %s: cannot read a list (at least a header's %d bytes)\n", path,
+            ILST_HEADER_SIZE);
     mm_free(data, MM_HERE);
     return 1;
   }
@@ -225,11 +234,14 @@ int medium_edit_main(int argc, char **argv) {
       } else {
         *colon = 0;
         long at = find_record(data, records, edit);
-        done = at >= 0 && edit_record(data + ILST_HEADER_SIZE + ILST_RECORD_SIZE * at, colon + 1, equals + 1);
+        done = at >= 0 &&
+               edit_record(data + ILST_HEADER_SIZE + ILST_RECORD_SIZE * at, colon + 1, equals + 1);
       }
     }
     if (!done) {
-      fprintf(stderr, "mkmedium: %s: the edit %s names no field or record, or its value does not fit\n", path, argv[i]);
+      fprintf(stderr,
+              "mkmedium: %s: the edit %s names no field or record, or its value does not fit\n",
+              path, argv[i]);
       rc = 2;
     }
   }

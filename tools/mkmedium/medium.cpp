@@ -17,7 +17,8 @@
 
 const char MEDIUM_TITLE_DEFAULT[] = "KORVEX 5";
 
-int16_t (*medium_scan)(const char *directory, MediumScanEntry entry, void *context) = medium_plat_scan;
+int16_t (*medium_scan)(const char *directory, MediumScanEntry entry,
+                       void *context) = medium_plat_scan;
 
 // ---- Windows-1250 text -----------------------------------------------------------------------
 
@@ -84,15 +85,18 @@ Flag medium_cp1250_to_utf8(const char *text, char *utf8, size_t size) {
 static unsigned char upper_byte(unsigned char c) {
   if (c >= 'a' && c <= 'z') return (unsigned char)(c - 32);
   switch (c) {
-    case 0x9A: return 0x8A;   // š
-    case 0x9C: case 0x9D: case 0x9E: case 0x9F: return (unsigned char)(c - 0x10);   // ś ť ž ź
-    case 0xB3: return 0xA3;   // ł
-    case 0xB9: return 0xA5;   // ą
-    case 0xBA: return 0xAA;   // ş
-    case 0xBE: return 0xBC;   // ľ
-    case 0xBF: return 0xAF;   // ż
-    case 0xF7: return 0xF7;   // ÷
-    case 0xFF: return 0xFF;   // ˙
+    case 0x9A: return 0x8A;  // š
+    case 0x9C:
+    case 0x9D:
+    case 0x9E:
+    case 0x9F: return (unsigned char)(c - 0x10);  // ś ť ž ź
+    case 0xB3: return 0xA3;                       // ł
+    case 0xB9: return 0xA5;                       // ą
+    case 0xBA: return 0xAA;                       // ş
+    case 0xBE: return 0xBC;                       // ľ
+    case 0xBF: return 0xAF;                       // ż
+    case 0xF7: return 0xF7;                       // ÷
+    case 0xFF: return 0xFF;                       // ˙
     default: break;
   }
   if (c >= 0xE0) return (unsigned char)(c - 0x20);
@@ -121,8 +125,8 @@ Flag medium_upper(const char *text, char *upper, size_t size) {
 
 enum {
   NAME_SIZE = ILST_NAME_MAX + 1,
-  NATIVE_SIZE = ILST_NAME_MAX * 4 + 1,   // a valid name in its native code page
-  RAW_NAME_SIZE = 261,                   // longest native name a directory lists
+  NATIVE_SIZE = ILST_NAME_MAX * 4 + 1,  // a valid name in its native code page
+  RAW_NAME_SIZE = 261,                  // longest native name a directory lists
   LONGEST_FILE = 0x7FFFFFFF
 };
 
@@ -134,21 +138,21 @@ struct Raw {
 };
 
 struct Subdirectory {
-  char name[NAME_SIZE];   // Windows-1250
-  char key[NAME_SIZE];    // upper case
+  char name[NAME_SIZE];  // Windows-1250
+  char key[NAME_SIZE];   // upper case
   char native[NATIVE_SIZE];
 };
 
 struct Entry {
-  char name[NAME_SIZE];        // installed name, Windows-1250
-  char key[NAME_SIZE];         // upper case of name
-  int32_t directory;           // index into the subdirectories, -1: the target directory
+  char name[NAME_SIZE];  // installed name, Windows-1250
+  char key[NAME_SIZE];   // upper case of name
+  int32_t directory;     // index into the subdirectories, -1: the target directory
   char directory_key[NAME_SIZE];
   char native[NATIVE_SIZE];
   char stored[NAME_SIZE];
   char description[ILST_DESCRIPTION_MAX + 1];
-  int32_t described;           // line of the description file, 0: none
-  uint32_t size;               // installed size
+  int32_t described;  // line of the description file, 0: none
+  uint32_t size;      // installed size
   uint32_t stored_size;
   uint16_t disk;
 };
@@ -167,10 +171,10 @@ struct Build {
   Entry *files;
   int32_t file_count;
   int32_t file_capacity;
-  uint32_t tree_files;   // files listed so far, for the limit
+  uint32_t tree_files;  // files listed so far, for the limit
   NameSet directory_keys;
-  NameSet used;          // stored names and what they must not be
-  uint32_t fixed_size[3];   // DISKLIST.LST, README.TXT, SETUP.EXE on the first disk
+  NameSet used;            // stored names and what they must not be
+  uint32_t fixed_size[3];  // DISKLIST.LST, README.TXT, SETUP.EXE on the first disk
   uint16_t disks;
 };
 
@@ -282,12 +286,14 @@ static Flag is_device_name(const char *name) {
 const char *medium_name_fault(const char *name, char *what, size_t size) {
   size_t n = strlen(name);
   if (n > ILST_NAME_MAX) {
-    snprintf(what, size, "the name has %u characters, at most %d are allowed", (unsigned)n, ILST_NAME_MAX);
+    snprintf(what, size, "the name has %u characters, at most %d are allowed", (unsigned)n,
+             ILST_NAME_MAX);
     return what;
   }
   for (const unsigned char *p = (const unsigned char *)name; *p; p++) {
     if (*p < 0x20) {
-      snprintf(what, size, "the name holds \\x%02X, which Windows does not allow in file names", *p);
+      snprintf(what, size, "the name holds \\x%02X, which Windows does not allow in file names",
+               *p);
       return what;
     }
     if (strchr("\\/:*?\"<>|", *p)) {
@@ -312,9 +318,11 @@ static Flag take_name(Build *b, const char *directory, const char *native, char 
   char text[KX_PATH];
   Shown s;
   if (!medium_plat_to_cp1250(native, text, sizeof text))
-    return fail(b, "%s: the name cannot be written in Windows-1250", show_native(&s, directory, native));
+    return fail(b, "%s: the name cannot be written in Windows-1250",
+                show_native(&s, directory, native));
   char what[120];
-  if (medium_name_fault(text, what, sizeof what)) return fail(b, "%s: %s", show(&s, directory, text), what);
+  if (medium_name_fault(text, what, sizeof what))
+    return fail(b, "%s: %s", show(&s, directory, text), what);
   st_put(name, NAME_SIZE, text);
   return 1;
 }
@@ -460,8 +468,10 @@ static Flag scan_tree(Build *b) {
       ok = fail(b, "%s and %s differ only in case", show(&s, nullptr, b->directories[i - 1].name),
                 show(&t, nullptr, b->directories[i].name));
   }
-  if (ok && !set_make(&b->directory_keys, (uint32_t)b->directory_count)) ok = fail(b, "out of memory");
-  for (int32_t i = 0; ok && i < b->directory_count; i++) set_find(&b->directory_keys, b->directories[i].key, 1);
+  if (ok && !set_make(&b->directory_keys, (uint32_t)b->directory_count))
+    ok = fail(b, "out of memory");
+  for (int32_t i = 0; ok && i < b->directory_count; i++)
+    set_find(&b->directory_keys, b->directories[i].key, 1);
   for (int32_t i = 0; ok && i < root.count; i++) {
     const Raw *r = &root.raw[i];
     if (r->kind != MEDIUM_FILE) continue;
@@ -482,7 +492,8 @@ static Flag scan_tree(Build *b) {
       if (!take_name(b, dir->name, r->native, name)) {
         ok = 0;
       } else if (r->kind == MEDIUM_DIRECTORY) {
-        ok = fail(b, "%s: nesting deeper than one subdirectory is not allowed", show(&s, dir->name, name));
+        ok = fail(b, "%s: nesting deeper than one subdirectory is not allowed",
+                  show(&s, dir->name, name));
       } else if (r->kind != MEDIUM_FILE) {
         ok = fail(b, "%s: not a regular file", show(&s, dir->name, name));
       } else {
@@ -498,13 +509,15 @@ static Flag scan_tree(Build *b) {
     const Entry *e = &b->files[i];
     const char *dir_name = e->directory < 0 ? nullptr : b->directories[e->directory].name;
     if (i > 0 && e[-1].directory == e->directory && strcmp(e[-1].key, e->key) == 0)
-      return fail(b, "%s and %s differ only in case", show(&s, dir_name, e[-1].name), show(&t, dir_name, e->name));
+      return fail(b, "%s and %s differ only in case", show(&s, dir_name, e[-1].name),
+                  show(&t, dir_name, e->name));
     if (set_find(&b->directory_keys, e->key, 0)) {
       const Subdirectory *clash = nullptr;
       for (int32_t d = 0; d < b->directory_count; d++)
         if (strcmp(b->directories[d].key, e->key) == 0) clash = &b->directories[d];
       if (e->directory < 0)
-        return fail(b, "%s and %s differ only in case", show(&s, nullptr, e->name), show(&t, nullptr, clash->name));
+        return fail(b, "%s and %s differ only in case", show(&s, nullptr, e->name),
+                    show(&t, nullptr, clash->name));
       if (b->options->packed)
         return fail(b, "%s: a packed file may not have the name of the subdirectory %s",
                     show(&s, dir_name, e->name), show(&t, nullptr, clash->name));
@@ -551,7 +564,8 @@ static Flag describe(Build *b, const char *file, int32_t number, char *line) {
   char *text = trim(line, " ");
   if (!*text || *text == '#') return 1;
   char *tab = strchr(text, '\t');
-  if (!tab) return fail(b, "%s line %d: no tab between the file and its description", file, (int)number);
+  if (!tab)
+    return fail(b, "%s line %d: no tab between the file and its description", file, (int)number);
   *tab = 0;
   char *path = trim(text, " ");
   char *description = trim(tab + 1, " \t");
@@ -560,16 +574,19 @@ static Flag describe(Build *b, const char *file, int32_t number, char *line) {
   uint32_t code = 0;
   int16_t r = medium_utf8_to_cp1250(path, name, sizeof name, &code);
   if (r == MEDIUM_TEXT_OK) r = medium_utf8_to_cp1250(description, words, sizeof words, &code);
-  if (r == MEDIUM_TEXT_INVALID) return fail(b, "%s line %d: the text is not UTF-8", file, (int)number);
+  if (r == MEDIUM_TEXT_INVALID)
+    return fail(b, "%s line %d: the text is not UTF-8", file, (int)number);
   if (r == MEDIUM_TEXT_UNMAPPED)
-    return fail(b, "%s line %d: U+%04X has no place in Windows-1250", file, (int)number, (unsigned)code);
+    return fail(b, "%s line %d: U+%04X has no place in Windows-1250", file, (int)number,
+                (unsigned)code);
   if (r != MEDIUM_TEXT_OK) return fail(b, "%s line %d: the line is too long", file, (int)number);
   for (const unsigned char *p = (const unsigned char *)words; *p; p++)
-    if (*p < 0x20) return fail(b, "%s line %d: the description holds a control character", file, (int)number);
+    if (*p < 0x20)
+      return fail(b, "%s line %d: the description holds a control character", file, (int)number);
   size_t length = strlen(words);
   if (length > ILST_DESCRIPTION_MAX)
-    return fail(b, "%s line %d: the description has %u characters, at most %d are allowed", file, (int)number,
-                (unsigned)length, ILST_DESCRIPTION_MAX);
+    return fail(b, "%s line %d: the description has %u characters, at most %d are allowed", file,
+                (int)number, (unsigned)length, ILST_DESCRIPTION_MAX);
 
   char *directory = nullptr;
   char *leaf = name;
@@ -678,7 +695,8 @@ static void candidate(const char *base, Flag packed, uint32_t k, char *out) {
 }
 
 static Flag assign_stored_names(Build *b) {
-  static const char *const kept[] = {"DISKLIST.LST", "README.TXT", "SETUP.EXE", "INST.LST", "UNINST.LST"};
+  static const char *const kept[] = {"DISKLIST.LST", "README.TXT", "SETUP.EXE", "INST.LST",
+                                     "UNINST.LST"};
   for (const char *k : kept) set_find(&b->used, k, 1);
   for (uint16_t d = 0; d < ILST_DISKS_MAX; d++) {
     char id[ILST_DISK_ID_NAME];
@@ -729,7 +747,8 @@ static Flag pack(Build *b, const Entry *e, unsigned char **packed, uint32_t *len
   if (!source_path(b, e, path)) return 0;
   unsigned char *data = nullptr;
   int32_t size = 0;
-  if (!read_whole(path, &data, &size)) return fail(b, "%s: cannot read the file", show(&s, dir_name, e->name));
+  if (!read_whole(path, &data, &size))
+    return fail(b, "%s: cannot read the file", show(&s, dir_name, e->name));
   if ((uint32_t)size != e->size) {
     mm_free(data, MM_HERE);
     return fail(b, "%s: the file changed while the medium was made", show(&s, dir_name, e->name));
@@ -796,7 +815,9 @@ static Flag plan_disks(Build *b) {
   for (int f = 0; f < 3; f++) used += round_up(b->fixed_size[f], cluster);
   if (used > o->capacity) {
     char number[24];
-    return fail(b, "the first disk cannot hold DISKLIST.LST, README.TXT, SETUP.EXE and A.KORV (%s bytes) within %lu bytes",
+    return fail(b,
+                "the first disk cannot hold DISKLIST.LST, README.TXT, SETUP.EXE and A.KORV (%s "
+                "bytes) within %lu bytes",
                 decimal(used, number), (unsigned long)o->capacity);
   }
   uint16_t disk = 0;
@@ -809,10 +830,12 @@ static Flag plan_disks(Build *b) {
       if (fresh + need > o->capacity) {
         Shown s;
         const char *dir_name = e->directory < 0 ? nullptr : b->directories[e->directory].name;
-        return fail(b, "%s: %lu bytes on the medium do not fit on a disk of %lu bytes", show(&s, dir_name, e->name),
-                    (unsigned long)e->stored_size, (unsigned long)o->capacity);
+        return fail(b, "%s: %lu bytes on the medium do not fit on a disk of %lu bytes",
+                    show(&s, dir_name, e->name), (unsigned long)e->stored_size,
+                    (unsigned long)o->capacity);
       }
-      if (next >= ILST_DISKS_MAX) return fail(b, "the files need more than %d disks", ILST_DISKS_MAX);
+      if (next >= ILST_DISKS_MAX)
+        return fail(b, "the files need more than %d disks", ILST_DISKS_MAX);
       disk = next;
       used = fresh;
     }
@@ -898,7 +921,8 @@ static Flag write_medium(Build *b) {
   char directory[KX_PATH], path[KX_PATH];
   for (uint16_t d = 0; d < b->disks; d++) {
     if (!disk_directory(b, d, directory)) return 0;
-    if (!o->flat && !medium_plat_make_directory(directory)) return fail(b, "cannot make the directory %s", directory);
+    if (!o->flat && !medium_plat_make_directory(directory))
+      return fail(b, "cannot make the directory %s", directory);
     char id[ILST_DISK_ID_NAME], text[32];
     ilst_disk_id_name(d, id);
     int n = snprintf(text, sizeof text, "DISK: %u\r\n", (unsigned)d + 1);
@@ -963,11 +987,13 @@ static Flag count_entry(void *context, const char *, int16_t, uint64_t) {
 static Flag check_options(Build *b) {
   const MediumOptions *o = b->options;
   if (o->level < -1 || o->level > 9) return fail(b, "the compression level must be -1 to 9");
-  if (o->capacity < 1 || o->cluster < 1) return fail(b, "the capacity and the cluster must be at least 1");
+  if (o->capacity < 1 || o->cluster < 1)
+    return fail(b, "the capacity and the cluster must be at least 1");
   if (o->title && strlen(o->title) > ILST_HEADER_TEXT_MAX)
-    return fail(b, "the title has %u characters, at most %d are allowed", (unsigned)strlen(o->title),
-                ILST_HEADER_TEXT_MAX);
-  if (medium_plat_kind(o->source) != MEDIUM_DIRECTORY) return fail(b, "cannot read the directory %s", o->source);
+    return fail(b, "the title has %u characters, at most %d are allowed",
+                (unsigned)strlen(o->title), ILST_HEADER_TEXT_MAX);
+  if (medium_plat_kind(o->source) != MEDIUM_DIRECTORY)
+    return fail(b, "cannot read the directory %s", o->source);
   int16_t kind = medium_plat_kind(o->output);
   if (kind == MEDIUM_DIRECTORY) {
     int32_t entries = 0;
@@ -1046,15 +1072,18 @@ Flag medium_list(const char *path, FILE *out, char *message, size_t size) {
   st_put(list, sizeof list, path);
   if (medium_plat_kind(path) == MEDIUM_DIRECTORY) {
     char disk1[KX_PATH];
-    if (!join(list, path, "DISKLIST.LST")) return list_fail(message, size, "%s: the path is too long", path);
+    if (!join(list, path, "DISKLIST.LST"))
+      return list_fail(message, size, "%s: the path is too long", path);
     if (medium_plat_kind(list) != MEDIUM_FILE &&
         (!join(disk1, path, "DISK1") || !join(list, disk1, "DISKLIST.LST")))
       return list_fail(message, size, "%s: the path is too long", path);
   }
-  if (medium_plat_kind(list) != MEDIUM_FILE) return list_fail(message, size, "%s: no DISKLIST.LST", path);
+  if (medium_plat_kind(list) != MEDIUM_FILE)
+    return list_fail(message, size, "%s: no DISKLIST.LST", path);
   unsigned char *data = nullptr;
   int32_t length = 0;
-  if (!read_whole(list, &data, &length)) return list_fail(message, size, "%s: cannot read the file", list);
+  if (!read_whole(list, &data, &length))
+    return list_fail(message, size, "%s: cannot read the file", list);
   if (length < ILST_HEADER_SIZE) {
     mm_free(data, MM_HERE);
     return list_fail(message, size, "%s: %d bytes, shorter than a list header", list, (int)length);
@@ -1090,7 +1119,7 @@ Flag medium_list(const char *path, FILE *out, char *message, size_t size) {
   if (shown == h.count && rest > 0) fprintf(out, "%d bytes follow the last record\n", (int)rest);
   mm_free(data, MM_HERE);
   if (shown < h.count)
-    return list_fail(message, size, "%s: the header counts %u records, the file holds %d", list, (unsigned)h.count,
-                     (int)present);
+    return list_fail(message, size, "%s: the header counts %u records, the file holds %d", list,
+                     (unsigned)h.count, (int)present);
   return 1;
 }

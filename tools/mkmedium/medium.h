@@ -93,7 +93,7 @@ enum {
   MEDIUM_MESSAGE_SIZE = 512
 };
 
-extern const char MEDIUM_TITLE_DEFAULT[];   // "KORVEX 5"
+extern const char MEDIUM_TITLE_DEFAULT[];  // "KORVEX 5"
 
 struct MediumOptions {
   const char *source;        // the tree to install (native path)
@@ -110,9 +110,9 @@ struct MediumOptions {
 };
 
 struct MediumResult {
-  uint32_t files;                      // records written
-  uint16_t disks;                      // disk directories made (1 for a flat medium)
-  char message[MEDIUM_MESSAGE_SIZE];   // why it failed (UTF-8); empty after success
+  uint32_t files;                     // records written
+  uint16_t disks;                     // disk directories made (1 for a flat medium)
+  char message[MEDIUM_MESSAGE_SIZE];  // why it failed (UTF-8); empty after success
 };
 
 void medium_default_options(MediumOptions *options);
@@ -197,7 +197,12 @@ extern int16_t (*medium_scan)(const char *directory, MediumScanEntry entry, void
 
 // ---- Windows-1250 text -------------------------------------------------------------------------
 
-enum { MEDIUM_TEXT_OK = 0, MEDIUM_TEXT_INVALID = 1, MEDIUM_TEXT_UNMAPPED = 2, MEDIUM_TEXT_TOO_LONG = 3 };
+enum {
+  MEDIUM_TEXT_OK = 0,
+  MEDIUM_TEXT_INVALID = 1,
+  MEDIUM_TEXT_UNMAPPED = 2,
+  MEDIUM_TEXT_TOO_LONG = 3
+};
 
 int16_t medium_utf8_to_cp1250(const char *utf8, char *text, size_t size, uint32_t *code);
 // Converts UTF-8 to Windows-1250 into text (size bytes, always terminated when size > 0).

@@ -54,18 +54,22 @@ static const char kHelp[] =
     "                      names, labelled with the title (xorriso)\n"
     "  --floppy-images DIR also write each disk as DIR/DISKn.IMG, a 1.44 MB FAT12 image labelled\n"
     "                      DISKn (mtools: mformat, mcopy)\n"
-    "  --verify MEDIUM     check a medium before it goes out: a flat directory, DISK1, DISK2, ...,\n"
+    "  --verify MEDIUM     check a medium before it goes out: a flat directory, DISK1, DISK2, "
+    "...,\n"
     "                      an ISO image or a directory of DISKn.IMG; one line per problem and a\n"
     "                      summary; exit 0 only when it installs without a question\n"
     "  --uninstall-list FILE  print the records of the UNINST.LST file FILE, one a line: the\n"
-    "                      kind (0 file, 1 directory, 2 HKEY_CLASSES_ROOT key, 3 HKEY_LOCAL_MACHINE\n"
+    "                      kind (0 file, 1 directory, 2 HKEY_CLASSES_ROOT key, 3 "
+    "HKEY_LOCAL_MACHINE\n"
     "                      key), a tab, the path\n"
     "  --uninstall-write FILE  write FILE anew from such lines on standard input\n"
     "  --edit LIST EDIT... change fields of the DISKLIST.LST file LIST in place; EDIT is\n"
     "                      FIELD=VALUE for the header (count, packed, text) or RECORD:FIELD=VALUE\n"
     "                      for a file record (name, stored, directory, description, size, disk\n"
-    "                      counted from 1); RECORD is an installed name, #N (from 1) or last. Texts\n"
-    "                      are UTF-8 with \\xHH for the byte HH; a text as long as its whole field\n"
+    "                      counted from 1); RECORD is an installed name, #N (from 1) or last. "
+    "Texts\n"
+    "                      are UTF-8 with \\xHH for the byte HH; a text as long as its whole "
+    "field\n"
     "                      (17 bytes a name, 82 a description) leaves no terminating zero\n"
     "  --help              this text\n"
     "\n"
@@ -145,7 +149,8 @@ int main(int argc, char **argv) {
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
   // Paths and texts in Windows-1250, as the builder takes them, whatever the ANSI code page.
-  if (!wtext_arguments(&argc, &argv)) return usage("an argument holds a character that Windows-1250 lacks");
+  if (!wtext_arguments(&argc, &argv))
+    return usage("an argument holds a character that Windows-1250 lacks");
 #endif
   we_set_box_hook(box_to_stderr);
   MediumOptions options;
@@ -187,15 +192,16 @@ int main(int argc, char **argv) {
     } else if (strcmp(a, "--cluster") == 0) {
       if (!number(value, 1, 0x7FFFFFFF, &n)) return usage("--cluster wants a number of bytes");
       options.cluster = (uint32_t)n, i++;
-    } else if (strcmp(a, "--descriptions") == 0 || strcmp(a, "--readme") == 0 || strcmp(a, "--setup") == 0 ||
-               strcmp(a, "--list") == 0 || strcmp(a, "--title") == 0) {
+    } else if (strcmp(a, "--descriptions") == 0 || strcmp(a, "--readme") == 0 ||
+               strcmp(a, "--setup") == 0 || strcmp(a, "--list") == 0 || strcmp(a, "--title") == 0) {
       if (!value) return usage("an option wants a value");
       i++;
       if (a[2] == 'd') options.descriptions = value;
       else if (a[2] == 'r') options.readme = value;
       else if (a[2] == 's') options.setup = value;
       else if (a[2] == 'l') list = value;
-      else if (!medium_plat_to_cp1250(value, title, sizeof title)) return usage("the title cannot be written in Windows-1250");
+      else if (!medium_plat_to_cp1250(value, title, sizeof title))
+        return usage("the title cannot be written in Windows-1250");
       else options.title = title;
     } else if (a[0] == '-' && a[1] == '-') {
       fprintf(stderr, "mkmedium: unknown option %s (see mkmedium --help)\n", a);

@@ -17,7 +17,7 @@ namespace {
 
 enum { COMMAND_SIZE = KX_PATH * 4 };
 
-const char EPOCH_DEFAULT[] = "SOURCE_DATE_EPOCH=946684800";   // 2000-01-01 00:00:00 UTC
+const char EPOCH_DEFAULT[] = "SOURCE_DATE_EPOCH=946684800";  // 2000-01-01 00:00:00 UTC
 
 Flag fail(MediumResult *result, const char *format, ...) KX_PRINTF(2, 3);
 Flag fail(MediumResult *result, const char *format, ...) {
@@ -144,11 +144,13 @@ Flag copy_file(const char *from, const char *to) {
 
 Flag sign_one(const char *command, const char *path, MediumResult *result) {
   char line[COMMAND_SIZE] = "", quoted[KX_PATH * 2 + 8];
-  if (!medium_plat_quote(path, quoted, sizeof quoted)) return fail(result, "%s: the path cannot be quoted", path);
+  if (!medium_plat_quote(path, quoted, sizeof quoted))
+    return fail(result, "%s: the path cannot be quoted", path);
   for (const char *p = command; *p; p++) {
     const char one[] = {*p, 0};
     const bool braces = p[0] == '{' && p[1] == '}';
-    if (!st_append(line, sizeof line, braces ? quoted : one)) return fail(result, "the signing command is too long");
+    if (!st_append(line, sizeof line, braces ? quoted : one))
+      return fail(result, "the signing command is too long");
     if (braces) p++;
   }
   int code = medium_plat_run(line);
@@ -159,7 +161,8 @@ Flag sign_one(const char *command, const char *path, MediumResult *result) {
 // Copies directory from into to (made here) and signs the programs in it; depth 0 is the
 // tree's root, whose subdirectories are copied too (deeper ones are made empty, for
 // medium_make to refuse).
-Flag copy_and_sign(const char *from, const char *to, int depth, const char *command, MediumResult *result) {
+Flag copy_and_sign(const char *from, const char *to, int depth, const char *command,
+                   MediumResult *result) {
   if (!medium_plat_make_directory(to)) return fail(result, "cannot make the directory %s", to);
   Names n;
   if (!list_names(from, &n)) return fail(result, "cannot read the directory %s", from);
@@ -169,7 +172,8 @@ Flag copy_and_sign(const char *from, const char *to, int depth, const char *comm
     if (!join(source, from, n.names[i]) || !join(target, to, n.names[i])) {
       ok = fail(result, "%s: the path is too long", from);
     } else if (n.kinds[i] == MEDIUM_DIRECTORY) {
-      ok = depth == 0 ? copy_and_sign(source, target, 1, command, result) : medium_plat_make_directory(target);
+      ok = depth == 0 ? copy_and_sign(source, target, 1, command, result)
+                      : medium_plat_make_directory(target);
       if (!ok && !result->message[0]) fail(result, "cannot make the directory %s", target);
     } else if (n.kinds[i] != MEDIUM_FILE) {
       ok = fail(result, "%s: not a regular file", source);
@@ -200,11 +204,12 @@ Flag make_iso(const MediumOptions *options, const char *file, MediumResult *resu
   char date[32], label[40], command[COMMAND_SIZE] = "";
   image_date(date, sizeof date);
   volume_label(options->title, label);
-  Flag ok = append(command, "xorriso -no_rc -report_about FAILURE -outdev", 0) && append(command, file, 1) &&
-            append(command, "-volid", 0) && append(command, label, 1) &&
-            append(command, "-joliet on -rockridge off -volume_date uuid", 0) && append(command, date, 0) &&
-            append(command, "-volume_date all_file_dates", 0) && append(command, date, 0) &&
-            append(command, "-map", 0) && append(command, options->output, 1) && append(command, "/ -commit", 0);
+  Flag ok = append(command, "xorriso -no_rc -report_about FAILURE -outdev", 0) &&
+            append(command, file, 1) && append(command, "-volid", 0) && append(command, label, 1) &&
+            append(command, "-joliet on -rockridge off -volume_date uuid", 0) &&
+            append(command, date, 0) && append(command, "-volume_date all_file_dates", 0) &&
+            append(command, date, 0) && append(command, "-map", 0) &&
+            append(command, options->output, 1) && append(command, "/ -commit", 0);
   if (!ok) return fail(result, "%s: the path is too long", file);
   int code = medium_plat_run(command);
   if (code != 0) return fail(result, "xorriso failed (exit %d); is it installed?", code);
@@ -215,20 +220,21 @@ Flag make_floppy(const char *disk, const char *image, uint16_t number, MediumRes
   char command[COMMAND_SIZE] = "", label[16], serial[16];
   snprintf(label, sizeof label, "DISK%u", (unsigned)number);
   snprintf(serial, sizeof serial, "4B4F%04X", (unsigned)number);
-  if (!append(command, "mformat -C -f 1440 -i", 0) || !append(command, image, 1) || !append(command, "-v", 0) ||
-      !append(command, label, 0) || !append(command, "-N", 0) || !append(command, serial, 0) ||
-      !append(command, "::", 0))
+  if (!append(command, "mformat -C -f 1440 -i", 0) || !append(command, image, 1) ||
+      !append(command, "-v", 0) || !append(command, label, 0) || !append(command, "-N", 0) ||
+      !append(command, serial, 0) || !append(command, "::", 0))
     return fail(result, "%s: the path is too long", image);
   int code = medium_plat_run(command);
-  if (code != 0) return fail(result, "mformat failed (exit %d) for %s; is mtools installed?", code, image);
+  if (code != 0)
+    return fail(result, "mformat failed (exit %d) for %s; is mtools installed?", code, image);
   Names n;
   if (!list_names(disk, &n)) return fail(result, "cannot read the directory %s", disk);
   Flag ok = 1;
   for (uint32_t i = 0; ok && i < n.count; i++) {
     char path[KX_PATH];
     command[0] = 0;
-    if (!join(path, disk, n.names[i]) || !append(command, "mcopy -i", 0) || !append(command, image, 1) ||
-        !append(command, path, 1) || !append(command, "::/", 0)) {
+    if (!join(path, disk, n.names[i]) || !append(command, "mcopy -i", 0) ||
+        !append(command, image, 1) || !append(command, path, 1) || !append(command, "::/", 0)) {
       ok = fail(result, "%s: the path is too long", disk);
     } else if ((code = medium_plat_run(command)) != 0) {
       ok = fail(result, "mcopy failed (exit %d) for %s", code, path);
@@ -245,7 +251,8 @@ Flag make_floppies(const MediumOptions *options, const MediumResult *made, const
   for (uint16_t d = 1; d <= made->disks; d++) {
     char name[16], disk[KX_PATH], image[KX_PATH];
     snprintf(name, sizeof name, "DISK%u", (unsigned)d);
-    if (!join(disk, options->output, name)) return fail(result, "%s: the path is too long", options->output);
+    if (!join(disk, options->output, name))
+      return fail(result, "%s: the path is too long", options->output);
     snprintf(name, sizeof name, "DISK%u.IMG", (unsigned)d);
     if (!join(image, directory, name)) return fail(result, "%s: the path is too long", directory);
     if (!make_floppy(disk, image, d, result)) return 0;
@@ -256,10 +263,13 @@ Flag make_floppies(const MediumOptions *options, const MediumResult *made, const
 // Checks that the image file or directory is free to be written: 1, or 0 with the message.
 Flag image_target_free(const char *path, Flag directory, MediumResult *result) {
   int16_t kind = medium_plat_kind(path);
-  if (!directory) return kind == MEDIUM_MISSING ? 1 : fail(result, "%s exists: the image is not written over", path);
+  if (!directory)
+    return kind == MEDIUM_MISSING ? 1
+                                  : fail(result, "%s exists: the image is not written over", path);
   if (kind == MEDIUM_MISSING) return 1;
   Names n;
-  if (kind != MEDIUM_DIRECTORY || !list_names(path, &n)) return fail(result, "cannot make %s", path);
+  if (kind != MEDIUM_DIRECTORY || !list_names(path, &n))
+    return fail(result, "cannot make %s", path);
   uint32_t count = n.count;
   names_free(&n);
   return count ? fail(result, "%s is not empty", path) : 1;
@@ -281,9 +291,12 @@ int16_t release_option(const char *argument, const char *value, ReleaseOptions *
 
 Flag release_make(MediumOptions *options, const ReleaseOptions *release, MediumResult *result) {
   memset(result, 0, sizeof *result);
-  if (release->iso && release->floppies) return fail(result, "--iso makes a flat medium, --floppy-images one of disks: not both");
-  if (release->floppies && options->flat) return fail(result, "--floppy-images wants disks, not --flat");
-  if (release->sign && !strstr(release->sign, "{}")) return fail(result, "--sign wants a command with {} for the file");
+  if (release->iso && release->floppies)
+    return fail(result, "--iso makes a flat medium, --floppy-images one of disks: not both");
+  if (release->floppies && options->flat)
+    return fail(result, "--floppy-images wants disks, not --flat");
+  if (release->sign && !strstr(release->sign, "{}"))
+    return fail(result, "--sign wants a command with {} for the file");
   if (release->iso) options->flat = 1;
   if ((release->iso && !image_target_free(release->iso, 0, result)) ||
       (release->floppies && !image_target_free(release->floppies, 1, result)))
@@ -293,7 +306,8 @@ Flag release_make(MediumOptions *options, const ReleaseOptions *release, MediumR
   MediumOptions staged = *options;
   if (release->sign) {
     char tree[KX_PATH], setup[KX_PATH];
-    if (!medium_plat_scratch_directory(scratch, sizeof scratch)) return fail(result, "cannot make a scratch directory");
+    if (!medium_plat_scratch_directory(scratch, sizeof scratch))
+      return fail(result, "cannot make a scratch directory");
     ok = join(tree, scratch, "tree") && join(setup, scratch, "SETUP.EXE");
     if (!ok) fail(result, "%s: the path is too long", scratch);
     if (ok) ok = copy_and_sign(options->source, tree, 0, release->sign, result);
@@ -311,7 +325,8 @@ Flag release_make(MediumOptions *options, const ReleaseOptions *release, MediumR
   if (!ok) return 0;
   if (release->iso) ok = make_iso(options, release->iso, result);
   if (ok && release->floppies) {
-    if (medium_plat_kind(release->floppies) == MEDIUM_MISSING && !medium_plat_make_directory(release->floppies))
+    if (medium_plat_kind(release->floppies) == MEDIUM_MISSING &&
+        !medium_plat_make_directory(release->floppies))
       return fail(result, "cannot make %s", release->floppies);
     MediumResult made = *result;
     ok = make_floppies(options, &made, release->floppies, result);
@@ -323,14 +338,17 @@ int release_verify(const char *medium, FILE *out, FILE *err) {
   int16_t kind = medium_plat_kind(medium);
   char probe[KX_PATH], scratch[KX_PATH] = "", message[MEDIUM_MESSAGE_SIZE] = "";
   const char *directory = medium;
-  Flag images = kind == MEDIUM_DIRECTORY && join(probe, medium, "DISK1.IMG") && medium_plat_kind(probe) == MEDIUM_FILE;
-  if (images && join(probe, medium, "DISKLIST.LST") && medium_plat_kind(probe) != MEDIUM_MISSING) images = 0;
-  if (images && join(probe, medium, "DISK1") && medium_plat_kind(probe) != MEDIUM_MISSING) images = 0;
+  Flag images = kind == MEDIUM_DIRECTORY && join(probe, medium, "DISK1.IMG") &&
+                medium_plat_kind(probe) == MEDIUM_FILE;
+  if (images && join(probe, medium, "DISKLIST.LST") && medium_plat_kind(probe) != MEDIUM_MISSING)
+    images = 0;
+  if (images && join(probe, medium, "DISK1") && medium_plat_kind(probe) != MEDIUM_MISSING)
+    images = 0;
   char unpacked[KX_PATH];
   if (kind == MEDIUM_FILE || images) {
     putenv((char *)"MTOOLS_SKIP_CHECK=1");
-    if (!medium_plat_scratch_directory(scratch, sizeof scratch) || !join(unpacked, scratch, "medium") ||
-        !medium_plat_make_directory(unpacked)) {
+    if (!medium_plat_scratch_directory(scratch, sizeof scratch) ||
+        !join(unpacked, scratch, "medium") || !medium_plat_make_directory(unpacked)) {
       fprintf(err, "mkmedium: cannot make a scratch directory\n");
       if (scratch[0]) medium_plat_remove_tree(scratch);
       return 1;
@@ -340,10 +358,13 @@ int release_verify(const char *medium, FILE *out, FILE *err) {
   Flag ok = 1;
   if (kind == MEDIUM_FILE) {
     char command[COMMAND_SIZE] = "";
-    ok = append(command, "xorriso -no_rc -report_about FAILURE -osirrox on -indev", 0) && append(command, medium, 1) &&
-         append(command, "-extract /", 0) && append(command, unpacked, 1);
+    ok = append(command, "xorriso -no_rc -report_about FAILURE -osirrox on -indev", 0) &&
+         append(command, medium, 1) && append(command, "-extract /", 0) &&
+         append(command, unpacked, 1);
     int code = ok ? medium_plat_run(command) : -1;
-    if (code != 0) snprintf(message, sizeof message, "%.400s: xorriso cannot read it as a CD image (exit %d)", medium, code);
+    if (code != 0)
+      snprintf(message, sizeof message, "%.400s: xorriso cannot read it as a CD image (exit %d)",
+               medium, code);
     ok = code == 0;
   }
   for (uint16_t d = 1; images && ok && d <= 26; d++) {
@@ -351,10 +372,13 @@ int release_verify(const char *medium, FILE *out, FILE *err) {
     snprintf(name, sizeof name, "DISK%u.IMG", (unsigned)d);
     if (!join(image, medium, name) || medium_plat_kind(image) != MEDIUM_FILE) break;
     snprintf(name, sizeof name, "DISK%u", (unsigned)d);
-    ok = join(disk, unpacked, name) && medium_plat_make_directory(disk) && append(command, "mcopy -n -m -i", 0) &&
-         append(command, image, 1) && append(command, "::*", 1) && append(command, disk, 1);
+    ok = join(disk, unpacked, name) && medium_plat_make_directory(disk) &&
+         append(command, "mcopy -n -m -i", 0) && append(command, image, 1) &&
+         append(command, "::*", 1) && append(command, disk, 1);
     int code = ok ? medium_plat_run(command) : -1;
-    if (code != 0) snprintf(message, sizeof message, "%.400s: mcopy cannot read it as a floppy image (exit %d)", image, code);
+    if (code != 0)
+      snprintf(message, sizeof message, "%.400s: mcopy cannot read it as a floppy image (exit %d)",
+               image, code);
     ok = code == 0;
   }
   int exit_code = 1;

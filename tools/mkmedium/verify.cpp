@@ -18,9 +18,9 @@
 namespace {
 
 const char LIST_NAME[] = "DISKLIST.LST";
-const uint64_t BOMB_ROOM = 64u << 20;   // how far past its listed size a packed file is inflated
-const size_t ID_LINE = 80;               // characters the installer reads of an id file's line
-const size_t NATIVE_MAX = 80;            // bytes of a native name of at most 16 characters
+const uint64_t BOMB_ROOM = 64u << 20;  // how far past its listed size a packed file is inflated
+const size_t ID_LINE = 80;             // characters the installer reads of an id file's line
+const size_t NATIVE_MAX = 80;          // bytes of a native name of at most 16 characters
 
 struct Check {
   const VerifyAccess *a;
@@ -109,7 +109,8 @@ Flag names_are_plain(Check *c, uint32_t number, const ListRecord *r) {
     const char *fault = medium_name_fault(fields[i], what, sizeof what);
     if (!fault) continue;
     Shown s;
-    report(c, "record %lu: the %s \"%s\": %s", (unsigned long)number, labels[i], show(&s, fields[i]), fault);
+    report(c, "record %lu: the %s \"%s\": %s", (unsigned long)number, labels[i],
+           show(&s, fields[i]), fault);
     ok = 0;
   }
   return ok;
@@ -121,7 +122,8 @@ void check_packed(Check *c, uint32_t number, const ListRecord *r, uint16_t disk)
   unsigned char *packed = nullptr;
   uint32_t length = 0;
   if (!c->a->load(c->a->context, disk, r->stored, &packed, &length)) {
-    report(c, "record %lu %s: %s cannot be read", (unsigned long)number, installed(&si, r), show(&ss, r->stored));
+    report(c, "record %lu %s: %s cannot be read", (unsigned long)number, installed(&si, r),
+           show(&ss, r->stored));
     return;
   }
   // Measured, not kept: a packed file that would give gigabytes costs nothing, and inflating
@@ -134,19 +136,21 @@ void check_packed(Check *c, uint32_t number, const ListRecord *r, uint16_t disk)
   Flag ok = InflatedLength(&zip, packed, length, limit, &plain);
   int16_t code = GetError(&zip);
   if (ok && plain >= limit && plain != r->size) {
-    report(c, "record %lu %s: %s inflates to at least %lu bytes, the list says %lu", (unsigned long)number,
-           installed(&si, r), show(&ss, r->stored), (unsigned long)limit, (unsigned long)r->size);
+    report(c, "record %lu %s: %s inflates to at least %lu bytes, the list says %lu",
+           (unsigned long)number, installed(&si, r), show(&ss, r->stored), (unsigned long)limit,
+           (unsigned long)r->size);
   } else if (ok && plain != r->size) {
-    report(c, "record %lu %s: %s inflates to %lu bytes, the list says %lu", (unsigned long)number, installed(&si, r),
-           show(&ss, r->stored), (unsigned long)plain, (unsigned long)r->size);
+    report(c, "record %lu %s: %s inflates to %lu bytes, the list says %lu", (unsigned long)number,
+           installed(&si, r), show(&ss, r->stored), (unsigned long)plain, (unsigned long)r->size);
   } else if (!ok && code == -3) {
-    report(c, "record %lu %s: %s is not a good zlib stream (damaged data or Adler-32)", (unsigned long)number,
-           installed(&si, r), show(&ss, r->stored));
+    report(c, "record %lu %s: %s is not a good zlib stream (damaged data or Adler-32)",
+           (unsigned long)number, installed(&si, r), show(&ss, r->stored));
   } else if (!ok && code == -5) {
-    report(c, "record %lu %s: %s is cut short", (unsigned long)number, installed(&si, r), show(&ss, r->stored));
+    report(c, "record %lu %s: %s is cut short", (unsigned long)number, installed(&si, r),
+           show(&ss, r->stored));
   } else if (!ok) {
-    report(c, "record %lu %s: %s does not inflate: zlib error %d", (unsigned long)number, installed(&si, r),
-           show(&ss, r->stored), code);
+    report(c, "record %lu %s: %s does not inflate: zlib error %d", (unsigned long)number,
+           installed(&si, r), show(&ss, r->stored), code);
   }
   mm_free(packed, MM_HERE);
 }
@@ -157,23 +161,24 @@ void check_record(Check *c, uint32_t number, const ListRecord *r, Flag packed) {
   uint16_t disk = c->a->flat ? 0 : r->disk;
   uint64_t size = 0;
   if (!c->a->flat && r->disk >= c->a->disks) {
-    report(c, "record %lu %s: the list puts it on DISK%u, the medium has %u disk(s)", (unsigned long)number,
-           installed(&si, r), r->disk + 1u, (unsigned)c->a->disks);
+    report(c, "record %lu %s: the list puts it on DISK%u, the medium has %u disk(s)",
+           (unsigned long)number, installed(&si, r), r->disk + 1u, (unsigned)c->a->disks);
     return;
   }
   if (!c->a->find(c->a->context, disk, r->stored, &size)) {
     for (uint16_t other = 0; !c->a->flat && other < c->a->disks; other++) {
       if (other != disk && c->a->find(c->a->context, other, r->stored, &size)) {
-        report(c, "record %lu %s: %s is on DISK%u, the list says DISK%u", (unsigned long)number, installed(&si, r),
-               show(&ss, r->stored), other + 1u, disk + 1u);
+        report(c, "record %lu %s: %s is on DISK%u, the list says DISK%u", (unsigned long)number,
+               installed(&si, r), show(&ss, r->stored), other + 1u, disk + 1u);
         return;
       }
     }
     if (c->a->flat)
-      report(c, "record %lu %s: %s is missing", (unsigned long)number, installed(&si, r), show(&ss, r->stored));
+      report(c, "record %lu %s: %s is missing", (unsigned long)number, installed(&si, r),
+             show(&ss, r->stored));
     else
-      report(c, "record %lu %s: %s is missing from DISK%u", (unsigned long)number, installed(&si, r),
-             show(&ss, r->stored), disk + 1u);
+      report(c, "record %lu %s: %s is missing from DISK%u", (unsigned long)number,
+             installed(&si, r), show(&ss, r->stored), disk + 1u);
     return;
   }
   // The installer takes a stored file from whatever disk is in the drive: a second one of the
@@ -181,14 +186,15 @@ void check_record(Check *c, uint32_t number, const ListRecord *r, Flag packed) {
   for (uint16_t other = 0; !c->a->flat && other < c->a->disks; other++) {
     uint64_t ignored;
     if (other != disk && c->a->find(c->a->context, other, r->stored, &ignored))
-      report(c, "record %lu %s: %s is on DISK%u too, the installer may take that one", (unsigned long)number,
-             installed(&si, r), show(&ss, r->stored), other + 1u);
+      report(c, "record %lu %s: %s is on DISK%u too, the installer may take that one",
+             (unsigned long)number, installed(&si, r), show(&ss, r->stored), other + 1u);
   }
   if (packed) {
     check_packed(c, number, r, disk);
   } else if (size != r->size) {
-    report(c, "record %lu %s: %s has %llu bytes, the list says %lu", (unsigned long)number, installed(&si, r),
-           show(&ss, r->stored), (unsigned long long)size, (unsigned long)r->size);
+    report(c, "record %lu %s: %s has %llu bytes, the list says %lu", (unsigned long)number,
+           installed(&si, r), show(&ss, r->stored), (unsigned long long)size,
+           (unsigned long)r->size);
   }
 }
 
@@ -215,9 +221,10 @@ Flag verify_check(const VerifyAccess *access, VerifyResult *result) {
     result->listed = 1;
     uint32_t present = (length - ILST_HEADER_SIZE) / ILST_RECORD_SIZE;
     if (present < header.count)
-      report(&c, "%s: the header counts %u records, the file holds %lu", LIST_NAME, (unsigned)header.count,
-             (unsigned long)present);
-    for (uint16_t disk = 0; disk < (access->flat ? 1 : access->disks); disk++) check_disk_id(&c, disk);
+      report(&c, "%s: the header counts %u records, the file holds %lu", LIST_NAME,
+             (unsigned)header.count, (unsigned long)present);
+    for (uint16_t disk = 0; disk < (access->flat ? 1 : access->disks); disk++)
+      check_disk_id(&c, disk);
     uint32_t records = present < header.count ? present : header.count;
     for (uint32_t i = 0; i < records; i++) {
       ListRecord r;
@@ -235,7 +242,7 @@ Flag verify_check(const VerifyAccess *access, VerifyResult *result) {
 namespace {
 
 struct DirEntry {
-  char key[ILST_NAME_MAX + 1];   // the Windows-1250 name upper-cased
+  char key[ILST_NAME_MAX + 1];  // the Windows-1250 name upper-cased
   char native[NATIVE_MAX];
   uint64_t size;
 };
@@ -244,7 +251,7 @@ struct DirDisk {
   char path[KX_PATH];
   DirEntry *entries;
   uint32_t count, room;
-  Flag full;   // out of memory while listing
+  Flag full;  // out of memory while listing
 };
 
 struct DirMedium {
@@ -255,9 +262,9 @@ struct DirMedium {
 Flag on_entry(void *context, const char *native, int16_t kind, uint64_t size) {
   DirDisk *d = (DirDisk *)context;
   char text[KX_PATH], key[KX_PATH];
-  if (kind != MEDIUM_FILE || !medium_plat_to_cp1250(native, text, sizeof text) || strlen(text) > ILST_NAME_MAX ||
-      strlen(native) >= NATIVE_MAX)
-    return 1;   // no record can name it
+  if (kind != MEDIUM_FILE || !medium_plat_to_cp1250(native, text, sizeof text) ||
+      strlen(text) > ILST_NAME_MAX || strlen(native) >= NATIVE_MAX)
+    return 1;  // no record can name it
   if (d->count == d->room) {
     uint32_t room = d->room ? d->room * 2 : 64;
     DirEntry *more = (DirEntry *)mm_alloc((int32_t)(room * sizeof(DirEntry)), MM_HERE);
@@ -279,14 +286,18 @@ Flag on_entry(void *context, const char *native, int16_t kind, uint64_t size) {
   return 1;
 }
 
-int by_key(const void *a, const void *b) { return strcmp(((const DirEntry *)a)->key, ((const DirEntry *)b)->key); }
+int by_key(const void *a, const void *b) {
+  return strcmp(((const DirEntry *)a)->key, ((const DirEntry *)b)->key);
+}
 
 const DirEntry *lookup(const DirMedium *m, uint16_t disk, const char *name) {
   if (disk >= m->count || strlen(name) > ILST_NAME_MAX) return nullptr;
   DirEntry probe;
   medium_upper(name, probe.key, sizeof probe.key);
   const DirDisk *d = &m->disks[disk];
-  return d->count ? (const DirEntry *)bsearch(&probe, d->entries, d->count, sizeof(DirEntry), by_key) : nullptr;
+  return d->count
+             ? (const DirEntry *)bsearch(&probe, d->entries, d->count, sizeof(DirEntry), by_key)
+             : nullptr;
 }
 
 Flag dir_find(void *context, uint16_t disk, const char *name, uint64_t *size) {
@@ -295,7 +306,8 @@ Flag dir_find(void *context, uint16_t disk, const char *name, uint64_t *size) {
   return e != nullptr;
 }
 
-Flag dir_load(void *context, uint16_t disk, const char *name, unsigned char **bytes, uint32_t *length) {
+Flag dir_load(void *context, uint16_t disk, const char *name, unsigned char **bytes,
+              uint32_t *length) {
   const DirMedium *m = (const DirMedium *)context;
   const DirEntry *e = lookup(m, disk, name);
   *bytes = nullptr;
@@ -333,19 +345,22 @@ Flag fail(char *message, size_t size, const char *format, ...) {
 
 }  // namespace
 
-Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *message, size_t size) {
+Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *message,
+                      size_t size) {
   if (!path || !out || !result) {
     InternalError("verify", __LINE__);
     return 0;
   }
   memset(result, 0, sizeof *result);
   if (message && size) message[0] = 0;
-  if (medium_plat_kind(path) != MEDIUM_DIRECTORY) return fail(message, size, "%s: not a directory", path);
+  if (medium_plat_kind(path) != MEDIUM_DIRECTORY)
+    return fail(message, size, "%s: not a directory", path);
   DirMedium *m = (DirMedium *)mm_zalloc(sizeof(DirMedium), MM_HERE);
   if (!m) return fail(message, size, "out of memory");
   char probe[KX_PATH];
   Flag flat = 0, ok = 1;
-  if (snprintf(probe, sizeof probe, "%s%c%s", path, medium_plat_separator, LIST_NAME) >= (int)sizeof probe) {
+  if (snprintf(probe, sizeof probe, "%s%c%s", path, medium_plat_separator, LIST_NAME) >=
+      (int)sizeof probe) {
     ok = fail(message, size, "%s: the path is too long", path);
   } else if (medium_plat_kind(probe) == MEDIUM_FILE) {
     flat = 1;
@@ -361,7 +376,8 @@ Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *m
       if (medium_plat_kind(disk) != MEDIUM_DIRECTORY) break;
       m->count = (uint16_t)(d + 1);
     }
-    if (ok && m->count == 0) ok = fail(message, size, "%s: neither %s nor DISK1 is there", path, LIST_NAME);
+    if (ok && m->count == 0)
+      ok = fail(message, size, "%s: neither %s nor DISK1 is there", path, LIST_NAME);
   }
   for (uint16_t d = 0; ok && d < m->count; d++) {
     DirDisk *disk = &m->disks[d];
@@ -373,8 +389,11 @@ Flag verify_directory(const char *path, FILE *out, VerifyResult *result, char *m
   if (ok) {
     VerifyAccess access = {m, m->count, flat, dir_find, dir_load, to_stream, out};
     clean = verify_check(&access, result);
-    fprintf(out, "verify: %lu records on %u disk(s), %s: ", (unsigned long)result->records, (unsigned)m->count,
-            !result->listed ? "no list" : result->packed ? "packed" : "plain");
+    fprintf(out, "verify: %lu records on %u disk(s), %s: ", (unsigned long)result->records,
+            (unsigned)m->count,
+            !result->listed  ? "no list"
+            : result->packed ? "packed"
+                             : "plain");
     if (clean) fputs("no problems\n", out);
     else fprintf(out, "%lu problem(s)\n", (unsigned long)result->problems);
     fflush(out);

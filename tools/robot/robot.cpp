@@ -105,9 +105,9 @@ runs, the program is ended. Exit code 0 passed, 1 failed, 2 a syntax or usage er
 --expect-failure: 0 when the script failed with every TEXT in its report, else 1).
 )";
 
-const DWORD kPoll = 20;         // ms between looks at the windows
-const DWORD kQuietEnd = 500;    // ms of watching for boxes at the end of the script
-const DWORD kBodySettle = 1000; // ms a box with the wanted title may take to show its body
+const DWORD kPoll = 20;          // ms between looks at the windows
+const DWORD kQuietEnd = 500;     // ms of watching for boxes at the end of the script
+const DWORD kBodySettle = 1000;  // ms a box with the wanted title may take to show its body
 
 // ---------------------------------------------------------------- texts
 
@@ -197,7 +197,9 @@ std::string number(unsigned long v) {
 std::string seconds_text(DWORD ms) {
   char b[32];
   if (ms % 1000 == 0) snprintf(b, sizeof b, "%lu s", (unsigned long)(ms / 1000));
-  else if (ms % 100 == 0) snprintf(b, sizeof b, "%lu.%lu s", (unsigned long)(ms / 1000), (unsigned long)(ms % 1000 / 100));
+  else if (ms % 100 == 0)
+    snprintf(b, sizeof b, "%lu.%lu s", (unsigned long)(ms / 1000),
+             (unsigned long)(ms % 1000 / 100));
   else snprintf(b, sizeof b, "%lu.%03lu s", (unsigned long)(ms / 1000), (unsigned long)(ms % 1000));
   return b;
 }
@@ -219,21 +221,39 @@ struct Var {
   std::string name, value;  // UTF-8
 };
 
-enum Op { OP_START, OP_WINDOW, OP_SET, OP_FOCUS, OP_LEAVE, OP_CLICK, OP_EXPECT, OP_WAIT, OP_BOX,
-          OP_WAIT_EXIT, OP_SLEEP, OP_SNAP, OP_KILL, OP_TIMEOUT, OP_WAIT_BOX, OP_COPY_FILES,
-          OP_DELETE_FILE, OP_MARK, OP_ELAPSED };
+enum Op {
+  OP_START,
+  OP_WINDOW,
+  OP_SET,
+  OP_FOCUS,
+  OP_LEAVE,
+  OP_CLICK,
+  OP_EXPECT,
+  OP_WAIT,
+  OP_BOX,
+  OP_WAIT_EXIT,
+  OP_SLEEP,
+  OP_SNAP,
+  OP_KILL,
+  OP_TIMEOUT,
+  OP_WAIT_BOX,
+  OP_COPY_FILES,
+  OP_DELETE_FILE,
+  OP_MARK,
+  OP_ELAPSED
+};
 enum Check { CK_TEXT, CK_ENABLED, CK_DISABLED, CK_CHECKED, CK_UNCHECKED, CK_FOCUSED };
 
 struct Step {
   int line = 0;
-  std::string source;           // the line as written, UTF-8, trimmed
+  std::string source;  // the line as written, UTF-8, trimmed
   Op op = OP_KILL;
-  std::wstring program, file;   // start, snap; copy-files FROM and TO, delete-file PATTERN
+  std::wstring program, file;  // start, snap; copy-files FROM and TO, delete-file PATTERN
   std::vector<std::wstring> args;
   std::string title, body, button, text;  // code page 1250
   int item = 0;
   Check check = CK_TEXT;
-  DWORD ms = 0;                 // 0: the default wait
+  DWORD ms = 0;  // 0: the default wait
   bool any_code = true;
   DWORD code = 0;
 };
@@ -272,7 +292,8 @@ int hex_digit(char c) {
 }
 
 // Splits a line into words; false with *err on a syntax error.
-bool split(const std::string &line, const std::vector<Var> &vars, std::vector<Word> *words, std::string *err) {
+bool split(const std::string &line, const std::vector<Var> &vars, std::vector<Word> *words,
+           std::string *err) {
   size_t i = 0, n = line.size();
   words->clear();
   for (;;) {
@@ -323,7 +344,9 @@ bool split(const std::string &line, const std::vector<Var> &vars, std::vector<Wo
         char e = i + 1 < n ? line[i + 1] : '\0';
         i += 2;
         switch (e) {
-          case '"': case '\\': case '$': run += e; break;
+          case '"':
+          case '\\':
+          case '$': run += e; break;
           case 'n': run += '\n'; break;
           case 'r': run += '\r'; break;
           case 't': run += '\t'; break;
@@ -400,9 +423,11 @@ bool parse_text(const Word &w, std::string *b, std::string *err) {
 }
 
 bool parse_check(const Word &w, Check *check, std::string *err) {
-  static const struct { const wchar_t *name; Check check; } kChecks[] = {
-    {L"text", CK_TEXT}, {L"enabled", CK_ENABLED}, {L"disabled", CK_DISABLED},
-    {L"checked", CK_CHECKED}, {L"unchecked", CK_UNCHECKED}, {L"focused", CK_FOCUSED}};
+  static const struct {
+    const wchar_t *name;
+    Check check;
+  } kChecks[] = {{L"text", CK_TEXT},       {L"enabled", CK_ENABLED},     {L"disabled", CK_DISABLED},
+                 {L"checked", CK_CHECKED}, {L"unchecked", CK_UNCHECKED}, {L"focused", CK_FOCUSED}};
   for (const auto &k : kChecks)
     if (!w.quoted && w.text == k.name) {
       *check = k.check;
@@ -414,13 +439,28 @@ bool parse_check(const Word &w, Check *check, std::string *err) {
 
 // Reads the words of one command into *s; false with *err when they do not fit it.
 bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
-  static const struct { const wchar_t *name; Op op; } kOps[] = {
-    {L"start", OP_START}, {L"window", OP_WINDOW}, {L"set", OP_SET}, {L"focus", OP_FOCUS},
-    {L"leave", OP_LEAVE}, {L"click", OP_CLICK}, {L"expect", OP_EXPECT}, {L"wait", OP_WAIT},
-    {L"box", OP_BOX}, {L"wait-exit", OP_WAIT_EXIT}, {L"sleep", OP_SLEEP}, {L"snap", OP_SNAP},
-    {L"kill", OP_KILL}, {L"timeout", OP_TIMEOUT}, {L"wait-box", OP_WAIT_BOX},
-    {L"copy-files", OP_COPY_FILES}, {L"delete-file", OP_DELETE_FILE}, {L"mark", OP_MARK},
-    {L"elapsed", OP_ELAPSED}};
+  static const struct {
+    const wchar_t *name;
+    Op op;
+  } kOps[] = {{L"start", OP_START},
+              {L"window", OP_WINDOW},
+              {L"set", OP_SET},
+              {L"focus", OP_FOCUS},
+              {L"leave", OP_LEAVE},
+              {L"click", OP_CLICK},
+              {L"expect", OP_EXPECT},
+              {L"wait", OP_WAIT},
+              {L"box", OP_BOX},
+              {L"wait-exit", OP_WAIT_EXIT},
+              {L"sleep", OP_SLEEP},
+              {L"snap", OP_SNAP},
+              {L"kill", OP_KILL},
+              {L"timeout", OP_TIMEOUT},
+              {L"wait-box", OP_WAIT_BOX},
+              {L"copy-files", OP_COPY_FILES},
+              {L"delete-file", OP_DELETE_FILE},
+              {L"mark", OP_MARK},
+              {L"elapsed", OP_ELAPSED}};
   bool known = false;
   for (const auto &k : kOps)
     if (!w[0].quoted && w[0].text == k.name) {
@@ -445,10 +485,13 @@ bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
     case OP_SET:
       if (n != 3 || !parse_item(w[1], &s->item, err) || !parse_text(w[2], &s->text, err)) break;
       return true;
-    case OP_FOCUS: case OP_LEAVE: case OP_CLICK:
+    case OP_FOCUS:
+    case OP_LEAVE:
+    case OP_CLICK:
       if (n != 2 || !parse_item(w[1], &s->item, err)) break;
       return true;
-    case OP_EXPECT: case OP_WAIT: {
+    case OP_EXPECT:
+    case OP_WAIT: {
       if (n < 3 || !parse_check(w[1], &s->check, err) || !parse_item(w[2], &s->item, err)) break;
       size_t next = 3;
       if (s->check == CK_TEXT) {
@@ -463,7 +506,8 @@ bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
       break;
     }
     case OP_BOX:
-      if (n < 5 || n > 6 || !parse_text(w[1], &s->title, err) || !parse_text(w[2], &s->body, err)) break;
+      if (n < 5 || n > 6 || !parse_text(w[1], &s->title, err) || !parse_text(w[2], &s->body, err))
+        break;
       if (w[3].quoted || w[3].text != L"answer") {
         *err = "answer was expected after the body, not " + utf8(w[3].text);
         return false;
@@ -486,27 +530,32 @@ bool parse_step(const std::vector<Word> &w, Step *s, std::string *err) {
       }
       optional_at = 2;
       break;
-    case OP_SLEEP: case OP_TIMEOUT:
+    case OP_SLEEP:
+    case OP_TIMEOUT:
       if (n != 2 || !parse_seconds(w[1], &s->ms, err)) break;
       return true;
     case OP_SNAP:
       if (n != 2) break;
       s->file = w[1].text;
       return true;
-    case OP_KILL: case OP_MARK:
+    case OP_KILL:
+    case OP_MARK:
       if (n != 1) break;
       return true;
     case OP_ELAPSED:
       if (n != 2 || !parse_text(w[1], &s->text, err)) break;
       return true;
     case OP_WAIT_BOX:
-      if (n < 3 || n > 4 || !parse_text(w[1], &s->title, err) || !parse_text(w[2], &s->body, err)) break;
+      if (n < 3 || n > 4 || !parse_text(w[1], &s->title, err) || !parse_text(w[2], &s->body, err))
+        break;
       optional_at = 3;
       break;
-    case OP_COPY_FILES: case OP_DELETE_FILE: {
+    case OP_COPY_FILES:
+    case OP_DELETE_FILE: {
       size_t words = s->op == OP_COPY_FILES ? 3 : 2;
       if (n != words || !w[1].quoted || (words == 3 && !w[2].quoted)) {
-        *err = "wrong words for " + utf8(w[0].text) + " (paths in double quotes, see kxrobot --help)";
+        *err =
+            "wrong words for " + utf8(w[0].text) + " (paths in double quotes, see kxrobot --help)";
         return false;
       }
       s->file = w[1].text;
@@ -530,9 +579,9 @@ struct Robot {
   DWORD pid = 0;
   bool running = false;
   DWORD exit_code = 0;
-  std::vector<HWND> known;   // windows named by window commands
+  std::vector<HWND> known;  // windows named by window commands
   HWND current = nullptr;
-  std::string what;          // the failure
+  std::string what;  // the failure
   std::vector<std::string> details;
 };
 
@@ -614,7 +663,8 @@ std::vector<HWND> visible_windows() {
   EnumWindows(collect_top, (LPARAM)&all);
   for (HWND w : all) {
     RECT r;
-    if (!IsWindowVisible(w) || !GetWindowRect(w, &r) || r.right <= r.left || r.bottom <= r.top) continue;
+    if (!IsWindowVisible(w) || !GetWindowRect(w, &r) || r.right <= r.left || r.bottom <= r.top)
+      continue;
     if (lstrcmpiW(class_of(w).c_str(), L"tooltips_class32") == 0) continue;
     seen.push_back(w);
   }
@@ -633,7 +683,8 @@ bool read_text(HWND w, std::wstring *text, DWORD ms) {
   text->clear();
   if (!SendMessageTimeoutW(w, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, ms, &len)) return false;
   std::vector<wchar_t> buf(len + 2, L'\0');
-  if (!SendMessageTimeoutW(w, WM_GETTEXT, len + 1, (LPARAM)buf.data(), SMTO_NORMAL, ms, &got)) return false;
+  if (!SendMessageTimeoutW(w, WM_GETTEXT, len + 1, (LPARAM)buf.data(), SMTO_NORMAL, ms, &got))
+    return false;
   text->assign(buf.data());
   return true;
 }
@@ -657,7 +708,9 @@ Look look_at(HWND w) {
     std::wstring cls = class_of(c), text;
     if (lstrcmpiW(cls.c_str(), L"Static") == 0) {
       LONG type = style & SS_TYPEMASK;
-      if (type != SS_LEFT && type != SS_CENTER && type != SS_RIGHT && type != SS_SIMPLE && type != SS_LEFTNOWORDWRAP) continue;
+      if (type != SS_LEFT && type != SS_CENTER && type != SS_RIGHT && type != SS_SIMPLE &&
+          type != SS_LEFTNOWORDWRAP)
+        continue;
       if (!read_text(c, &text, 2000) || text.empty()) continue;
       if (!look.body.empty()) look.body += L'\n';
       look.body += text;
@@ -674,7 +727,8 @@ Look look_at(HWND w) {
 
 std::string describe(HWND w) {
   Look look = look_at(w);
-  std::string d = "class " + shown(look.cls) + ", title " + shown(look.title) + ", body " + shown(look.body) + ", buttons";
+  std::string d = "class " + shown(look.cls) + ", title " + shown(look.title) + ", body " +
+                  shown(look.body) + ", buttons";
   for (const std::wstring &b : look.buttons) d += " " + shown(b);
   if (look.buttons.empty()) d += " none";
   return d;
@@ -771,7 +825,8 @@ HWND focus_window() {
 
 std::string focus_text(HWND focus) {
   if (!focus) return "the focus is on no window";
-  if (IsChild(R.current, focus)) return "the focus is on item " + number((unsigned long)GetDlgCtrlID(focus));
+  if (IsChild(R.current, focus))
+    return "the focus is on item " + number((unsigned long)GetDlgCtrlID(focus));
   if (focus == R.current) return "the focus is on the window itself";
   return "the focus is on another window";
 }
@@ -779,7 +834,8 @@ std::string focus_text(HWND focus) {
 // ---------------------------------------------------------------- commands
 
 bool do_start(const Step &s) {
-  if (R.process && !ended()) return fail("a program runs already (end it with kill or wait-exit first)");
+  if (R.process && !ended())
+    return fail("a program runs already (end it with kill or wait-exit first)");
   if (R.process) CloseHandle(R.process);
   R.process = nullptr;
   R.pid = 0;
@@ -793,7 +849,8 @@ bool do_start(const Step &s) {
   memset(&si, 0, sizeof si);
   si.cb = sizeof si;
   PROCESS_INFORMATION pi;
-  if (!CreateProcessW(path.c_str(), buf.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &pi)) {
+  if (!CreateProcessW(path.c_str(), buf.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                      &pi)) {
     detail("program: " + shown(path));
     return fail("the program cannot be started (error " + number(GetLastError()) + ")");
   }
@@ -827,7 +884,8 @@ bool do_window(const Step &s) {
       return stray(w);
     }
     if (GetTickCount() - start >= ms)
-      return fail("no window titled " + shown1250(s.title) + " appeared within " + seconds_text(ms));
+      return fail("no window titled " + shown1250(s.title) + " appeared within " +
+                  seconds_text(ms));
     Sleep(kPoll);
   }
 }
@@ -837,7 +895,8 @@ bool do_set(const Step &s) {
   if (!item_window(s.item, &item) || !usable(s.item, item)) return false;
   std::wstring text = from1250(s.text);
   DWORD_PTR r = 0;
-  if (!SendMessageTimeoutW(item, WM_SETTEXT, 0, (LPARAM)text.c_str(), SMTO_NORMAL, R.default_ms, &r))
+  if (!SendMessageTimeoutW(item, WM_SETTEXT, 0, (LPARAM)text.c_str(), SMTO_NORMAL, R.default_ms,
+                           &r))
     return fail("the program took no WM_SETTEXT for " + seconds_text(R.default_ms));
   return settle();
 }
@@ -871,7 +930,8 @@ bool do_focus(const Step &s) {
   if (s.op == OP_LEAVE) {
     next = GetNextDlgTabItem(dialog, item, FALSE);
     if (!next || next == item)
-      return fail("item " + number((unsigned long)s.item) + " has no other control to pass the focus to");
+      return fail("item " + number((unsigned long)s.item) +
+                  " has no other control to pass the focus to");
   }
   // Leaving: the focus first goes to the item, then on to the next control.
   if (!move_focus(dialog, item, item, false)) return false;
@@ -883,7 +943,8 @@ bool do_focus(const Step &s) {
   }
   if (!next) return true;
   if (!move_focus(dialog, next, item, true)) return false;
-  if (!ended() && focus_window() == item) return fail("the focus did not leave item " + number((unsigned long)s.item));
+  if (!ended() && focus_window() == item)
+    return fail("the focus did not leave item " + number((unsigned long)s.item));
   return true;
 }
 
@@ -891,7 +952,8 @@ bool do_click(const Step &s) {
   HWND item;
   if (!item_window(s.item, &item) || !usable(s.item, item)) return false;
   if (lstrcmpiW(class_of(item).c_str(), L"Button") != 0)
-    return fail("item " + number((unsigned long)s.item) + " is no button but " + shown(class_of(item)));
+    return fail("item " + number((unsigned long)s.item) + " is no button but " +
+                shown(class_of(item)));
   // Posted, not sent: the handler may run long (an install) and show boxes meanwhile.
   PostMessageW(item, BM_CLICK, 0, 0);
   return settle();
@@ -908,18 +970,23 @@ bool probe(const Step &s, HWND item, bool *holds, std::string *seen) {
       *seen = shown(t);
       return true;
     }
-    case CK_ENABLED: case CK_DISABLED: {
+    case CK_ENABLED:
+    case CK_DISABLED: {
       bool enabled = IsWindowEnabled(item) != FALSE;
       *holds = enabled == (s.check == CK_ENABLED);
       *seen = enabled ? "enabled" : "disabled";
       return true;
     }
-    case CK_CHECKED: case CK_UNCHECKED: {
+    case CK_CHECKED:
+    case CK_UNCHECKED: {
       DWORD_PTR state = 0;
       if (!SendMessageTimeoutW(item, BM_GETCHECK, 0, 0, SMTO_NORMAL, R.default_ms, &state))
-        return fail("the program did not give the check state of item " + number((unsigned long)s.item));
+        return fail("the program did not give the check state of item " +
+                    number((unsigned long)s.item));
       *holds = (state == BST_CHECKED) == (s.check == CK_CHECKED) && state != BST_INDETERMINATE;
-      *seen = state == BST_CHECKED ? "checked" : state == BST_INDETERMINATE ? "indeterminate" : "unchecked";
+      *seen = state == BST_CHECKED         ? "checked"
+              : state == BST_INDETERMINATE ? "indeterminate"
+                                           : "unchecked";
       return true;
     }
     case CK_FOCUSED: {
@@ -933,7 +1000,8 @@ bool probe(const Step &s, HWND item, bool *holds, std::string *seen) {
 }
 
 std::string expected_of(const Step &s) {
-  static const char *const kNames[] = {"text", "enabled", "disabled", "checked", "unchecked", "focused"};
+  static const char *const kNames[] = {"text",    "enabled",   "disabled",
+                                       "checked", "unchecked", "focused"};
   return s.check == CK_TEXT ? shown1250(s.text) : kNames[s.check];
 }
 
@@ -988,7 +1056,8 @@ bool do_box(const Step &s) {
       }
     }
     if (box) break;
-    if (GetTickCount() - start >= ms) return fail("no " + wanted + " appeared within " + seconds_text(ms));
+    if (GetTickCount() - start >= ms)
+      return fail("no " + wanted + " appeared within " + seconds_text(ms));
     Sleep(kPoll);
   }
   if (s.op == OP_WAIT_BOX) return true;  // left open for the next box command
@@ -1005,7 +1074,8 @@ bool do_box(const Step &s) {
   DWORD pressed = GetTickCount();
   while (IsWindow(box) && IsWindowVisible(box)) {
     if (GetTickCount() - pressed >= ms)
-      return fail("the box did not close within " + seconds_text(ms) + " after " + shown1250(s.button));
+      return fail("the box did not close within " + seconds_text(ms) + " after " +
+                  shown1250(s.button));
     Sleep(kPoll);
   }
   return settle();
@@ -1016,7 +1086,8 @@ bool do_wait_exit(const Step &s) {
   DWORD start = GetTickCount(), ms = wait_of(s);
   while (!ended()) {
     if (!no_stray_window()) return false;
-    if (GetTickCount() - start >= ms) return fail("the program did not end within " + seconds_text(ms));
+    if (GetTickCount() - start >= ms)
+      return fail("the program did not end within " + seconds_text(ms));
     WaitForSingleObject(R.process, kPoll);
   }
   R.current = nullptr;
@@ -1186,17 +1257,20 @@ bool run_step(const Step &s) {
   // What the last command brought up is judged here: only box (and window) may find a new
   // window; any other command fails on it before it acts. The file commands leave the windows
   // alone.
-  bool looks = s.op != OP_BOX && s.op != OP_WINDOW && s.op != OP_WAIT_BOX && s.op != OP_COPY_FILES &&
-               s.op != OP_DELETE_FILE;
+  bool looks = s.op != OP_BOX && s.op != OP_WINDOW && s.op != OP_WAIT_BOX &&
+               s.op != OP_COPY_FILES && s.op != OP_DELETE_FILE;
   if (looks && R.process && !ended() && !no_stray_window()) return false;
   switch (s.op) {
     case OP_START: return do_start(s);
     case OP_WINDOW: return do_window(s);
     case OP_SET: return do_set(s);
-    case OP_FOCUS: case OP_LEAVE: return do_focus(s);
+    case OP_FOCUS:
+    case OP_LEAVE: return do_focus(s);
     case OP_CLICK: return do_click(s);
-    case OP_EXPECT: case OP_WAIT: return do_expect(s);
-    case OP_BOX: case OP_WAIT_BOX: return do_box(s);
+    case OP_EXPECT:
+    case OP_WAIT: return do_expect(s);
+    case OP_BOX:
+    case OP_WAIT_BOX: return do_box(s);
     case OP_COPY_FILES: return do_copy_files(s);
     case OP_DELETE_FILE: return do_delete_file(s);
     case OP_WAIT_EXIT: return do_wait_exit(s);
@@ -1205,17 +1279,14 @@ bool run_step(const Step &s) {
     case OP_KILL:
       if (!R.process) return fail("no program was started");
       return end_program() || fail("the program did not end");
-    case OP_TIMEOUT:
-      R.default_ms = s.ms;
-      return true;
-    case OP_MARK:
-      QueryPerformanceCounter(&stopwatch_start);
-      return true;
+    case OP_TIMEOUT: R.default_ms = s.ms; return true;
+    case OP_MARK: QueryPerformanceCounter(&stopwatch_start); return true;
     case OP_ELAPSED: {
       LARGE_INTEGER now, freq;
       QueryPerformanceCounter(&now);
       QueryPerformanceFrequency(&freq);
-      double ms = (double)(now.QuadPart - stopwatch_start.QuadPart) * 1000.0 / (double)freq.QuadPart;
+      double ms =
+          (double)(now.QuadPart - stopwatch_start.QuadPart) * 1000.0 / (double)freq.QuadPart;
       char line[64];
       snprintf(line, sizeof line, " %.0f ms", ms);
       out("robot: elapsed " + utf8(from1250(s.text)) + line);
@@ -1241,7 +1312,8 @@ bool read_script(const std::wstring &path, std::vector<std::string> *lines) {
     size_t nl = all.find('\n', at);
     if (nl == std::string::npos) nl = all.size();
     std::string line = all.substr(at, nl - at);
-    while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t')) line.pop_back();
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t'))
+      line.pop_back();
     size_t lead = line.find_first_not_of(" \t");
     lines->push_back(lead == std::string::npos ? std::string() : line.substr(lead));
     at = nl + 1;
@@ -1344,7 +1416,8 @@ int main() {
     }
   }
   if (code) {
-    std::string where = failed_step ? "line " + number((unsigned long)failed_step->line) + ": " + failed_step->source
+    std::string where = failed_step ? "line " + number((unsigned long)failed_step->line) + ": " +
+                                          failed_step->source
                                     : "the end of the script";
     std::string last = "robot: FAILED at " + where + ": " + R.what;
     out(last);
