@@ -66,12 +66,14 @@ static int32_t function_abort(int32_t) {
   return 1;
 }
 
+// clang-format off
 static FunctionRecord setup_functions[] = {
     {SETUP_FN_START, 0, 0, PFU_FT_ALL_MODES, 0, 0, function_start, "setup_start", 0},
     {SETUP_FN_ABORT, 0, 0, PFU_FT_ALL_MODES, 0, 0, function_abort, "setup_abort", 0},
     {SETUP_FN_END, 0, 0, PFU_FT_ALL_MODES, 0, 0, function_end, "setup_end", 0},
     {0, PFU_ST_END, 0, 0, 0, 0, nullptr, nullptr, 0},
 };
+// clang-format on
 
 static const char *function_text(int32_t id, int16_t which) {
   Flag menu = which == PFU_TEXT_MENU;
@@ -193,8 +195,8 @@ static void log_start(int argc, char **argv, const SetupSwitches *s, const char 
   for (int i = 0; i < argc; i++) {
     Flag blank = strchr(argv[i], ' ') != nullptr;
     size_t used = strlen(line);
-    snprintf(line + used, sizeof line - used, "%s%s%s%s", i ? " " : "", blank ? "\"" : "",
-             argv[i], blank ? "\"" : "");
+    snprintf(line + used, sizeof line - used, "%s%s%s%s", i ? " " : "", blank ? "\"" : "", argv[i],
+             blank ? "\"" : "");
   }
   log_line("Příkazový řádek: %s", line);
   static const char *const MODES[] = {"interaktivní", "tichý (/SILENT)",
@@ -204,11 +206,11 @@ static void log_start(int argc, char **argv, const SetupSwitches *s, const char 
   char *last = s->source[0] ? nullptr : strrchr(source, '\\');
   if (last) last[1] = 0;
   if (!s->source[0]) st_upper(source);
-  log_line("Režim %s, /DIR=%s, /SOURCE=%s, /DESKTOP=%d, /QUICKLAUNCH=%d, /KEEPCONFIG=%d, "
-           "protokol %s",
-           MODES[s->mode], s->target[0] ? s->target : "C:\\KORV5\\", source,
-           (int)(s->desktop != 0), (int)unatt_quick_launch(s->quick_launch),
-           (int)s->keep_config, log_file());
+  log_line(
+      "Režim %s, /DIR=%s, /SOURCE=%s, /DESKTOP=%d, /QUICKLAUNCH=%d, /KEEPCONFIG=%d, "
+      "protokol %s",
+      MODES[s->mode], s->target[0] ? s->target : "C:\\KORV5\\", source, (int)(s->desktop != 0),
+      (int)unatt_quick_launch(s->quick_launch), (int)s->keep_config, log_file());
 }
 
 // ---- The main body ---------------------------------------------------------------------------
@@ -248,7 +250,7 @@ int32_t setup_main(void *instance, void *, const char *, int32_t show_command) {
     well_formed = 0;
     snprintf(switches.reason, sizeof switches.reason,
              "Protokol nesmí ležet v cílovém adresáři %.60s", target);
-    if (!switches.log[0]) log_path[0] = 0;   // nothing may be written there
+    if (!switches.log[0]) log_path[0] = 0;  // nothing may be written there
   }
   if (log_path[0] && !inside_tree(log_path, target)) log_open(log_path);
   char program[KX_PATH];

@@ -15,12 +15,14 @@ struct SwitchName {
   Kind kind;
 };
 
+// clang-format off
 const SwitchName NAMES[] = {
     {"SILENT", SWITCH_MODE},      {"VERYSILENT", SWITCH_MODE},  {"HELP", SWITCH_HELP},
     {"?", SWITCH_HELP},           {"DIR", SWITCH_PATH},         {"SOURCE", SWITCH_PATH},
     {"DESKTOP", SWITCH_FLAG},     {"QUICKLAUNCH", SWITCH_FLAG}, {"KEEPCONFIG", SWITCH_FLAG},
     {"LOG", SWITCH_FILE},
 };
+// clang-format on
 
 // The argument as it is shown in a reason: at most 60 characters, "..." after a cut one.
 void refuse(SetupSwitches *s, const char *argument, const char *why) {

@@ -25,15 +25,15 @@ enum { SETUP_NOT_GIVEN = -1 };
 enum { SETUP_REASON_SIZE = 200 };
 
 struct SetupSwitches {
-  int16_t mode;                  // SETUP_INTERACTIVE, _SILENT or _VERY_SILENT
-  int16_t given;                 // how many switches of the list were given (also bad ones)
-  Flag help;                     // /HELP or /?
-  char target[KX_PATH];          // "" when not given; else with its trailing "\"
-  char source[KX_PATH];          // "" when not given; else with its trailing "\"
-  int16_t desktop;               // 0, 1 or SETUP_NOT_GIVEN
-  int16_t quick_launch;          // 0, 1 or SETUP_NOT_GIVEN
-  int16_t keep_config;           // 0 or 1; 1 when not given
-  char log[KX_PATH];             // "" when not given
+  int16_t mode;                    // SETUP_INTERACTIVE, _SILENT or _VERY_SILENT
+  int16_t given;                   // how many switches of the list were given (also bad ones)
+  Flag help;                       // /HELP or /?
+  char target[KX_PATH];            // "" when not given; else with its trailing "\"
+  char source[KX_PATH];            // "" when not given; else with its trailing "\"
+  int16_t desktop;                 // 0, 1 or SETUP_NOT_GIVEN
+  int16_t quick_launch;            // 0, 1 or SETUP_NOT_GIVEN
+  int16_t keep_config;             // 0 or 1; 1 when not given
+  char log[KX_PATH];               // "" when not given
   char reason[SETUP_REASON_SIZE];  // why the command line was refused (Czech), else ""
 };
 

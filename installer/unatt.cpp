@@ -1,12 +1,12 @@
 // unatt.cpp - answers of the unattended modes, the run's log and its exit code.
 #include "installer/unatt.h"
 
-#include "installer/inst.h"
-#include "platform/inst_plat.h"
-#include "installer/switches.h"
 #include "common/log.h"
-#include "platform/reg.h"
 #include "common/we.h"
+#include "installer/inst.h"
+#include "installer/switches.h"
+#include "platform/inst_plat.h"
+#include "platform/reg.h"
 
 #include <stdio.h>
 
@@ -18,8 +18,8 @@ int16_t run_mode = SETUP_INTERACTIVE;
 int16_t keep_answer = 1;
 Flag run_ended = 0;
 int16_t last_code = UNATT_CANCELLED;
-int16_t failure = 0;    // what the last telling message said: an exit code, or 0
-Flag partial = 0;       // a file was skipped or failed to unpack
+int16_t failure = 0;  // what the last telling message said: an exit code, or 0
+Flag partial = 0;     // a file was skipped or failed to unpack
 
 const char QUESTION_PREVIOUS[] = "Na cílové cestě byla nalezena předchozí instalace KORVEX.";
 const char QUESTION_CONFIG[] = "Pro novou instalaci může být převzata systémová konfigurace";
@@ -59,7 +59,7 @@ Flag unpack_failure(const char *text) {
 int16_t silent_answer(const char *text) {
   if (starts(text, QUESTION_PREVIOUS) || starts(text, QUESTION_OVERWRITE)) return WE_ANSWER_YES;
   if (starts(text, QUESTION_CONFIG)) return keep_answer ? WE_ANSWER_YES : WE_ANSWER_NO;
-  return WE_ANSWER_NO;   // retry, skip, HTML Help, abort and anything else
+  return WE_ANSWER_NO;  // retry, skip, HTML Help, abort and anything else
 }
 
 const char *answer_name(int16_t kind, int16_t code) {
@@ -96,7 +96,7 @@ void after(void *, int16_t kind, const char *title, const char *text, int16_t co
   }
   Flag yes = code == WE_ANSWER_YES;
   if (strcmp(text, QUESTION_RETRY) == 0) {
-    failure = yes ? 0 : UNATT_MEDIUM;   // yes: the disk is checked again, with its own boxes
+    failure = yes ? 0 : UNATT_MEDIUM;  // yes: the disk is checked again, with its own boxes
   } else if (is_skip_question(text)) {
     if (yes) partial = 1;
     else failure = UNATT_MEDIUM;

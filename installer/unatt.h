@@ -23,14 +23,14 @@
 
 // Exit codes of SETUP.EXE.
 enum {
-  UNATT_INSTALLED = 0,    // installed, nothing skipped, every file unpacked
-  UNATT_REFUSED = 1,      // command line refused, nothing done
-  UNATT_CANCELLED = 2,    // the user declined, aborted, or closed without a successful install
-  UNATT_FAILED = 3,       // an install step failed
-  UNATT_PREVIOUS = 4,     // the earlier installation's uninstaller failed
-  UNATT_MEDIUM = 5,       // a disk or a listed file is missing
-  UNATT_NO_SPACE = 6,     // not enough free space
-  UNATT_PARTIAL = 7       // installed, but files failed to unpack or were skipped
+  UNATT_INSTALLED = 0,  // installed, nothing skipped, every file unpacked
+  UNATT_REFUSED = 1,    // command line refused, nothing done
+  UNATT_CANCELLED = 2,  // the user declined, aborted, or closed without a successful install
+  UNATT_FAILED = 3,     // an install step failed
+  UNATT_PREVIOUS = 4,   // the earlier installation's uninstaller failed
+  UNATT_MEDIUM = 5,     // a disk or a listed file is missing
+  UNATT_NO_SPACE = 6,   // not enough free space
+  UNATT_PARTIAL = 7     // installed, but files failed to unpack or were skipped
 };
 
 void unatt_begin(int16_t mode, int16_t keep_config);

@@ -50,7 +50,7 @@ class ConfigWindow : public Dialog {
 int main(int, char **) {
   int argc = 0;
   char **argv = nullptr;
-  questions_install();  // the toolkit's dialogs for questions and notices
+  questions_install();              // the toolkit's dialogs for questions and notices
   startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   char own_path[KX_PATH];
   if (argc > 0 && plat_program_path(own_path, sizeof own_path)) argv[0] = own_path;
@@ -58,12 +58,10 @@ int main(int, char **) {
   Flag found = LocateConfiguration();
 
   char heading[KX_PATH + 40];
-  if (found)
-    snprintf(heading, sizeof heading, "Konfigurace: %s", configuration_path);
-  else
-    snprintf(heading, sizeof heading, "Systémová konfigurace nebyla nalezena.");
-  DialogTemplate *tpl = dres_create(kTitle, WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME,
-                                    0, 0, 320, 220, "MS Sans Serif", 8);
+  if (found) snprintf(heading, sizeof heading, "Konfigurace: %s", configuration_path);
+  else snprintf(heading, sizeof heading, "Systémová konfigurace nebyla nalezena.");
+  DialogTemplate *tpl = dres_create(kTitle, WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME, 0,
+                                    0, 320, 220, "MS Sans Serif", 8);
   if (tpl == nullptr) return 1;
   dres_add(tpl, DRES_STATIC, heading, 101, SS_LEFT | SS_NOPREFIX, 8, 8, 304, 18);
   dres_add(tpl, DRES_LISTBOX, "", 102,

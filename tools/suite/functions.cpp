@@ -8,6 +8,7 @@ int32_t sample_handler(int32_t argument) { return argument; }
 
 }  // namespace
 
+// clang-format off
 const SuiteCommand suite_commands[] = {
     {1001, "&Nový návrh", "Založí nový prázdný návrh"},
     {1002, "&Otevřít návrh ...", "Otevře návrh ze souboru D32"},
@@ -47,15 +48,16 @@ const SuiteCommand suite_commands[] = {
     {1701, "&Obsah nápovědy", "Otevře nápovědu KORVEX"},
     {1702, "&O programu ...", "Verze a autorská práva"},
 };
+// clang-format on
 const int32_t suite_command_count = (int32_t)KX_COUNT(suite_commands);
 
 namespace {
 
-const int32_t kContextHelp = 1799;   // the F1 key of every window: unlisted, keyed by itself
-const uint16_t kKeyF1 = 0x70;        // VK_F1
+const int32_t kContextHelp = 1799;  // the F1 key of every window: unlisted, keyed by itself
+const uint16_t kKeyF1 = 0x70;       // VK_F1
 
 #define KX_FN(id, type, help, name) \
-  {id, 0, 0, (int16_t)(type), help, 0, sample_handler, name, PFU_KEY_AMP_LETTER}
+  { id, 0, 0, (int16_t)(type), help, 0, sample_handler, name, PFU_KEY_AMP_LETTER }
 #define KX_ALL PFU_FT_ALL_MODES
 #define KX_SCH PFU_FT_MODE1
 #define KX_PCB PFU_FT_MODE2
@@ -63,6 +65,7 @@ const uint16_t kKeyF1 = 0x70;        // VK_F1
 
 }  // namespace
 
+// clang-format off
 FunctionRecord suite_function_table[] = {
     KX_FN(1001, KX_ALL, 100, "file_new"),
     KX_FN(1002, KX_ALL, 101, "file_open"),
@@ -105,6 +108,7 @@ FunctionRecord suite_function_table[] = {
      "help_context", kKeyF1},
     {0, PFU_ST_END, 0, 0, 0, 0, nullptr, nullptr, 0},
 };
+// clang-format on
 
 const char *suite_function_text(int32_t id, int16_t which) {
   if (id == kContextHelp) return which == PFU_TEXT_HELP ? "Nápověda k oknu" : nullptr;

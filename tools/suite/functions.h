@@ -11,12 +11,12 @@
 // One command of the table as the menus show it.
 struct SuiteCommand {
   int32_t id;
-  const char *menu;      // menu text with its "&" letter
-  const char *help;      // help line (status bar)
+  const char *menu;  // menu text with its "&" letter
+  const char *help;  // help line (status bar)
 };
 
 extern const SuiteCommand suite_commands[];
-extern const int32_t suite_command_count;   // listed commands (all with a menu text)
+extern const int32_t suite_command_count;  // listed commands (all with a menu text)
 extern FunctionRecord suite_function_table[];
 // The static table: suite_command_count listed records, one unlisted record (the key of the
 // context help, PFU_FT_UNLISTED) and the end record.

@@ -46,13 +46,12 @@ int run_window(void) {
   char design[KX_PATH + 20];
   snprintf(design, sizeof design, "Návrh: %s", design_file_name);
   char system[KX_PATH + 40];
-  snprintf(system, sizeof system, "Systémová cesta: %s%s", program_drive,
-           ifl_options.system_path);
+  snprintf(system, sizeof system, "Systémová cesta: %s%s", program_drive, ifl_options.system_path);
   char rest[KX_PATH + 40];
   snprintf(rest, sizeof rest, "Další parametry: %s", command_rest);
 
-  DialogTemplate *tpl = dres_create(kTitle, WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME,
-                                    0, 0, 300, 118, "MS Sans Serif", 8);
+  DialogTemplate *tpl = dres_create(kTitle, WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME, 0,
+                                    0, 300, 118, "MS Sans Serif", 8);
   if (tpl == nullptr) return 1;
   dres_add(tpl, DRES_STATIC,
            "Ukázkový hlavní program demonstračního média KORVEX.\n"
@@ -74,7 +73,7 @@ int run_window(void) {
 int main(int, char **) {
   int argc = 0;
   char **argv = nullptr;
-  questions_install();  // the toolkit's dialogs for questions and notices
+  questions_install();              // the toolkit's dialogs for questions and notices
   startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   // keep this: argument 0 is taken from the system, so that a start by a bare name (as a
   // process started with "KORV5.EXE $f") still knows the program's drive and directory.

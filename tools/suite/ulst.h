@@ -12,12 +12,12 @@
 #include "common/file.h"
 #include "lists/ilst.h"
 
-extern const char ULST_NAME[];   // "UNINST.LST"
+extern const char ULST_NAME[];  // "UNINST.LST"
 
 struct UninstallList {
-  FileObject *file;    // open while the list is open; null otherwise
-  int32_t count;       // whole records in the file
-  int32_t tail;        // bytes after the last whole record (0 for a sound list)
+  FileObject *file;  // open while the list is open; null otherwise
+  int32_t count;     // whole records in the file
+  int32_t tail;      // bytes after the last whole record (0 for a sound list)
 };
 
 Flag ulst_open(UninstallList *list, const char *path);

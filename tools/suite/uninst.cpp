@@ -127,8 +127,7 @@ Flag walk_once(Walk *walk, Flag with_files) {
       case UNINST_MACHINE_KEY:
         if (remove_key(walk, REG_ROOT_LOCAL_MACHINE, record.path)) progress = 1;
         break;
-      default:
-        break;   // a kind of a later installer: not ours to guess
+      default: break;  // a kind of a later installer: not ours to guess
     }
   }
   return progress;

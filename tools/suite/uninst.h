@@ -22,19 +22,19 @@
 
 // Exit codes of UNINSTAL.EXE.
 enum {
-  UNINSTALL_DONE = 0,        // everything recorded that could go is gone
-  UNINSTALL_NO_LIST = 1,     // UNINST.LST missing or unreadable (message shown)
-  UNINSTALL_CANCELLED = 2,   // the user answered No to the question
-  UNINSTALL_INCOMPLETE = 3   // some files could not be deleted (message shown)
+  UNINSTALL_DONE = 0,       // everything recorded that could go is gone
+  UNINSTALL_NO_LIST = 1,    // UNINST.LST missing or unreadable (message shown)
+  UNINSTALL_CANCELLED = 2,  // the user answered No to the question
+  UNINSTALL_INCOMPLETE = 3  // some files could not be deleted (message shown)
 };
 
 struct UninstallCounts {
-  int32_t files;         // files deleted
-  int32_t directories;   // directories removed
-  int32_t keys;          // registry keys deleted
-  int32_t kept;          // directory and key records whose item still held something after
-                         // the walks (UNINST.LST keeps the root until the very end)
-  int32_t failed;        // files that exist but could not be deleted
+  int32_t files;            // files deleted
+  int32_t directories;      // directories removed
+  int32_t keys;             // registry keys deleted
+  int32_t kept;             // directory and key records whose item still held something after
+                            // the walks (UNINST.LST keeps the root until the very end)
+  int32_t failed;           // files that exist but could not be deleted
   char first_failed[1024];  // the first of them
   char failed_text[800];    // each of them with its reason, one a line ("path (reason)"),
                             // as many as fit; "..." when more did not

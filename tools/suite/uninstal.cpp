@@ -29,7 +29,7 @@
 namespace {
 
 char own_program[KX_PATH];
-Flag replacing;   // "-r": the installer writes a new installation here as soon as we are done
+Flag replacing;  // "-r": the installer writes a new installation here as soon as we are done
 
 // The running program can't delete itself: it goes at the next start of Windows, and so does
 // its directory when that is empty by then. Not so when the installer replaces the
@@ -77,10 +77,8 @@ void why_not_deleted(const char *path, char *why, size_t size) {
   DWORD error = GetLastError();
   if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION)
     snprintf(why, size, "soubor je používán jiným programem");
-  else if (error == ERROR_ACCESS_DENIED)
-    snprintf(why, size, "přístup odepřen");
-  else
-    snprintf(why, size, "chyba systému %lu", (unsigned long)error);
+  else if (error == ERROR_ACCESS_DENIED) snprintf(why, size, "přístup odepřen");
+  else snprintf(why, size, "chyba systému %lu", (unsigned long)error);
 }
 
 Flag silent_mode;
@@ -92,7 +90,9 @@ int16_t before(void *, int16_t kind, const char *, const char *) {
 
 void after(void *, int16_t kind, const char *title, const char *text, int16_t code) {
   log_line("%s \"%s\": %s -> %s", silent_mode ? "Okno (nezobrazeno)" : "Okno", title, text,
-           kind > WE_DIALOG_QUESTION_ALL ? "O.K." : code == WE_ANSWER_YES ? "Ano" : "Ne");
+           kind > WE_DIALOG_QUESTION_ALL ? "O.K."
+           : code == WE_ANSWER_YES       ? "Ano"
+                                         : "Ne");
 }
 
 // "/NAME" or "-NAME" in any case, with the rest after it in *rest.
@@ -109,7 +109,7 @@ Flag is_switch(const char *argument, const char *name, const char **rest) {
 int main(int, char **) {
   int argc = 0;
   char **argv = nullptr;
-  questions_install();  // the toolkit's dialogs for questions and notices
+  questions_install();              // the toolkit's dialogs for questions and notices
   startup_arguments(&argc, &argv);  // in 1250, from the wide command line
   Flag ask = 1;
   const char *log_given = nullptr;
@@ -119,8 +119,7 @@ int main(int, char **) {
     if (strcmp(argv[i], "-r") == 0 || strcmp(argv[i], "-R") == 0) ask = 0, replacing = 1;
     else if ((is_switch(argv[i], "SILENT", &rest) || is_switch(argv[i], "S", &rest)) && !rest[0])
       silent_mode = 1, ask = 0;
-    else if (is_switch(argv[i], "LOG=", &rest) && rest[0])
-      log_given = rest;
+    else if (is_switch(argv[i], "LOG=", &rest) && rest[0]) log_given = rest;
   }
   char log_path[KX_PATH] = "";
   if (log_given) lstrcpynA(log_path, log_given, sizeof log_path);
@@ -133,7 +132,10 @@ int main(int, char **) {
   if (!plat_program_path(own_program, sizeof own_program)) {
     lstrcpynA(own_program, argc > 0 && argv[0] != nullptr ? argv[0] : "", sizeof own_program);
   }
-  log_line("UNINSTAL.EXE %s, %s", own_program, silent_mode ? "tichý režim" : ask ? "s dotazem" : "-r");
+  log_line("UNINSTAL.EXE %s, %s", own_program,
+           silent_mode ? "tichý režim"
+           : ask       ? "s dotazem"
+                       : "-r");
   char root[KX_PATH];
   int16_t code;
   if (!installation_root(own_program, root)) {
