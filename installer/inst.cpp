@@ -264,61 +264,32 @@ Flag copy_lists(InstallState *state) {
   return CheckAbort() ? 0 : 1;
 }
 
-// The subdirectories that step 6 has made sure of in this run, upper-cased, and whether it made
-// them itself. A directory is then not entered again for each further file of it, and step 8
-// knows that no file can exist yet in one that step 6 made (nothing is put into the target in
-// between). A directory that does not fit in the table is simply dealt with as before.
-enum { KNOWN_DIRECTORIES = 64 };
-struct KnownDirectory {
-  char name[ILST_NAME_MAX + 1];
-  Flag made;
-};
-KnownDirectory known_directories[KNOWN_DIRECTORIES];
-int known_count = 0;
-
-KnownDirectory *known_directory(const char *directory) {
-  char upper[ILST_NAME_MAX + 1];
-  st_put(upper, sizeof upper, directory);
-  st_upper(upper);
-  for (int i = 0; i < known_count; i++)
-    if (strcmp(known_directories[i].name, upper) == 0) return &known_directories[i];
-  return nullptr;
-}
-
-void know_directory(const char *directory, Flag made) {
-  if (known_count >= KNOWN_DIRECTORIES || strlen(directory) > ILST_NAME_MAX) return;
-  KnownDirectory &entry = known_directories[known_count++];
-  st_put(entry.name, sizeof entry.name, directory);
-  st_upper(entry.name);
-  entry.made = made;
-}
-
 // Makes sure the subdirectory of the current (target) directory exists.
 Flag ensure_directory(InstallState *state, const char *directory) {
   char path[KX_PATH];
   st_join(path, KX_PATH, state->target_path, directory);
   RecordCreatedDirectory(path);
-  if (known_directory(directory)) return 1;
+  if (inst_list_known_directory(directory, nullptr)) return 1;
   if (!plat_change_directory(directory)) {
     if (!plat_make_directory(directory)) {
       ErrorBoxF(TEXT_NO_MKDIR, directory, state->target_path);
       return 0;
     }
-    know_directory(directory, 1);
+    inst_list_know_directory(directory, 1);
     return 1;
   }
   if (!plat_change_directory("..")) {
     ErrorBoxF(TEXT_NO_CHDIR, state->target_path);
     return 0;
   }
-  know_directory(directory, 0);
+  inst_list_know_directory(directory, 0);
   return 1;
 }
 
 // Step 6; every record is checked before the first directory is made.
 Flag create_directories(InstallState *state) {
   SetStatusText("Vytváření adresářů ...");
-  known_count = 0;
+  inst_list_forget_directories();
   if (!inst_list_rewind(state)) return 0;
   int16_t got;
   while ((got = inst_list_next(state)) > 0) {
@@ -344,8 +315,8 @@ Flag check_overwrite(InstallState *state) {
     char path[KX_PATH];
     if (!installed_path(state, path)) return 0;
     if (!inst_list_is_root(state->record.directory)) {
-      const KnownDirectory *known = known_directory(state->record.directory);
-      if (known && known->made) continue;
+      Flag made = 0;
+      if (inst_list_known_directory(state->record.directory, &made) && made) continue;
     }
     if (!file_exists(path)) continue;
     if (!asked) {
@@ -414,55 +385,12 @@ void show_file(const InstallState *state, const char *installed) {
   inst_show_lines(line18, line19, line20);
 }
 
-// Where a packed file is unpacked to: a new file of the platform, kept open after the
-// unpacking so that the move into the subdirectory renames it by its handle instead of opening
-// it again; a name that can't be created new (a file there that could not be deleted) goes
-// through the file layer's "wb" as before, with its messages.
-struct UnpackTarget {
-  const char *path;
-  PlatFile file;
-  FileObject *object;
-  Flag opened;  // unpack_open was called
-};
-
-// A file of the unpacked name that is there already is deleted before the new one is written,
-// but only when there is one: the delete of a name that is not there is one more case-blind
-// search of the target directory under Wine. (When the unpacking ends before this, the caller
-// deletes it, as it was deleted before the unpacking started.)
-Flag unpack_open(void *context) {
-  UnpackTarget *target = (UnpackTarget *)context;
-  target->opened = 1;
-  if (plat_file_create_new(&target->file, target->path)) return 1;
-  file_delete(target->path);
-  if (plat_file_create_new(&target->file, target->path)) return 1;
-  if (!file_create(&target->object, target->path)) return 0;
-  if (file_open(target->object, FILE_WRITE_BINARY)) return 1;
-  file_destroy(&target->object);
-  return 0;
-}
-
-Flag unpack_write(void *context, const void *data, uint32_t count) {
-  UnpackTarget *target = (UnpackTarget *)context;
-  if (target->object) return file_write(target->object, data, (int32_t)count);
-  if (plat_file_write(&target->file, data, count)) return 1;
-  ErrorBoxF(FILE_TEXT_WRITE, target->path);
-  return 0;
-}
-
-// The platform's file stays open after a good unpacking (the caller closes it).
-Flag unpack_close(void *context, Flag written) {
-  UnpackTarget *target = (UnpackTarget *)context;
-  if (target->object) return file_destroy(&target->object) && written;
-  if (!written) plat_file_close(&target->file);
-  return written;
-}
-
 // One record of a packed list: copy into the target directory (the copy kept open in
 // packed_file where it can be, so that it is deleted by its handle), unpack there (into
 // target), move into the subdirectory. 1: installed; 0: the loop fails; -1: unpacking failed
 // (reported), go on. The caller closes both files.
 int16_t unpack_and_move(InstallState *state, const char *source, const char *opened,
-                        const char *installed, UnpackTarget *target, PlatFile *packed_file) {
+                        const char *installed, PlatFile *unpacked_file, PlatFile *packed_file) {
   char packed_copy[KX_PATH], unpacked[KX_PATH];
   if (!join_path(packed_copy, state->target_path, state->record.stored) ||
       !join_path(unpacked, state->target_path, state->record.name))
@@ -490,14 +418,14 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
     plat_file_close(packed_file);
     file_delete(unpacked);
   }
-  target->path = unpacked;
-  ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
+  UnpackTarget target;
+  ZipSink sink = UnpackTargetSink(&target, unpacked, unpacked_file);
   Flag unpacked_ok = packed && packed_length
                          ? DecompressBufferToSink(&zip, packed, packed_length, &sink)
                          : DecompressFile(&zip, packed_copy, unpacked);
   if (packed) mm_free(packed, MM_HERE);
   if (!unpacked_ok) {
-    if (!target->opened) file_delete(unpacked);
+    if (!target.opened) file_delete(unpacked);
     ErrorBox(ZipErrorText(GetError(&zip)));
     record_partial(unpacked);
     return -1;
@@ -514,8 +442,8 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
     // The copy ends with the file in the subdirectory and none in the target directory; on
     // the same disk a rename does that without writing the file a second time. A file there
     // already is replaced, as deleting it first would.
-    Flag moved = plat_file_rename(&target->file, installed);
-    plat_file_close(&target->file);
+    Flag moved = plat_file_rename(unpacked_file, installed);
+    plat_file_close(unpacked_file);
     if (!moved && !plat_move_file_over(unpacked, installed)) {
       file_delete(installed);
       if (!CopyFile(unpacked, installed)) {
@@ -532,15 +460,10 @@ int16_t unpack_and_move(InstallState *state, const char *source, const char *ope
 
 int16_t install_packed(InstallState *state, const char *source, const char *opened,
                        const char *installed) {
-  UnpackTarget target;
-  target.path = nullptr;
-  target.file.handle = -1;
-  target.object = nullptr;
-  target.opened = 0;
-  PlatFile packed_file;
-  packed_file.handle = -1;
-  int16_t result = unpack_and_move(state, source, opened, installed, &target, &packed_file);
-  plat_file_close(&target.file);
+  PlatFile unpacked_file, packed_file;
+  unpacked_file.handle = packed_file.handle = -1;
+  int16_t result = unpack_and_move(state, source, opened, installed, &unpacked_file, &packed_file);
+  plat_file_close(&unpacked_file);
   plat_file_close(&packed_file);
   return result;
 }

@@ -125,3 +125,39 @@ Flag DiskIdFile(InstallState *state) {
   file_destroy(&file);
   return ok;
 }
+
+// ---- Subdirectories made sure of ---------------------------------------------------------------
+
+namespace {
+
+enum { KNOWN_DIRECTORIES = 64 };
+struct KnownDirectory {
+  char name[ILST_NAME_MAX + 1];
+  Flag made;
+};
+KnownDirectory known_directories[KNOWN_DIRECTORIES];
+int known_count = 0;
+
+}  // namespace
+
+void inst_list_forget_directories(void) { known_count = 0; }
+
+void inst_list_know_directory(const char *directory, Flag made) {
+  if (known_count >= KNOWN_DIRECTORIES || strlen(directory) > ILST_NAME_MAX) return;
+  KnownDirectory &entry = known_directories[known_count++];
+  st_put(entry.name, sizeof entry.name, directory);
+  st_upper(entry.name);
+  entry.made = made;
+}
+
+Flag inst_list_known_directory(const char *directory, Flag *made) {
+  char upper[ILST_NAME_MAX + 1];
+  st_put(upper, sizeof upper, directory);
+  st_upper(upper);
+  for (int i = 0; i < known_count; i++)
+    if (strcmp(known_directories[i].name, upper) == 0) {
+      if (made) *made = known_directories[i].made;
+      return 1;
+    }
+  return 0;
+}

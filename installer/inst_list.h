@@ -30,4 +30,19 @@ void inst_list_close(InstallState *state);
 Flag inst_list_is_root(const char *directory);
 // 1 when the record's directory field names the target directory itself (".").
 
+// The subdirectories that the directory step has made sure of in this run, upper-cased, and
+// whether it made them itself. A directory is then not entered again for each further file of
+// it, and the overwrite check knows that no file can exist yet in one the step made (nothing is
+// put into the target in between). A directory that does not fit in the table (64 of them) is
+// simply not known, and dealt with as any other.
+
+void inst_list_forget_directories(void);
+// Empties the table (the start of the directory step).
+
+void inst_list_know_directory(const char *directory, Flag made);
+// Adds directory (compared without case) with made: 1 when the step made it itself.
+
+Flag inst_list_known_directory(const char *directory, Flag *made);
+// 1 when directory is in the table, with its flag in *made unless made is null; 0 otherwise.
+
 #endif

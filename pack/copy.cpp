@@ -4,6 +4,7 @@
 #include "common/file.h"
 #include "common/mm.h"
 #include "common/we.h"
+#include "pack/zip_util.h"
 #include "platform/inst_plat.h"
 #include "platform/wtext.h"
 
@@ -167,4 +168,47 @@ Flag CopyFileKeeping(const char *source, const char *target, unsigned char **dat
   *data = block;
   *length = (uint32_t)got;
   return 1;
+}
+
+// ---- A new file for unpacked bytes ------------------------------------------------------------
+
+namespace {
+
+Flag unpack_open(void *context) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  target->opened = 1;
+  if (plat_file_create_new(target->file, target->path)) return 1;
+  file_delete(target->path);
+  if (plat_file_create_new(target->file, target->path)) return 1;
+  if (!file_create(&target->object, target->path)) return 0;
+  if (file_open(target->object, FILE_WRITE_BINARY)) return 1;
+  file_destroy(&target->object);
+  return 0;
+}
+
+Flag unpack_write(void *context, const void *data, uint32_t count) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  if (target->object) return file_write(target->object, data, (int32_t)count);
+  if (plat_file_write(target->file, data, count)) return 1;
+  ErrorBoxF(FILE_TEXT_WRITE, target->path);
+  return 0;
+}
+
+Flag unpack_close(void *context, Flag written) {
+  UnpackTarget *target = (UnpackTarget *)context;
+  if (target->object) return file_destroy(&target->object) && written;
+  if (!written) plat_file_close(target->file);
+  return written;
+}
+
+}  // namespace
+
+ZipSink UnpackTargetSink(UnpackTarget *target, const char *path, PlatFile *file) {
+  target->path = path;
+  target->file = file;
+  target->file->handle = -1;
+  target->object = nullptr;
+  target->opened = 0;
+  ZipSink sink = {target, unpack_open, unpack_write, unpack_close};
+  return sink;
 }

@@ -78,3 +78,24 @@ CopyAllocator copy_test_set_allocator(CopyAllocator allocator);
 // releases, or null) instead of mm_zalloc; null puts mm_zalloc back. Returns the previous one.
 
 #endif
+
+struct FileObject;
+struct ZipSink;
+
+// A new file for unpacked bytes, the context of the ZipSink that UnpackTargetSink makes. The
+// file is created new through the platform (a file of that name is deleted first, but only when
+// one is there: deleting a name that is not there costs a case-blind search of the directory
+// under Wine); a name that can't be created new goes through the file layer's "wb" with its
+// messages. After a good unpacking a platform file stays open in file, for the caller to rename
+// by its handle or close; the caller closes it in every case (plat_file_close). opened tells
+// whether the unpacking got as far as opening the file.
+struct UnpackTarget {
+  const char *path;
+  PlatFile *file;
+  FileObject *object;
+  Flag opened;
+};
+
+ZipSink UnpackTargetSink(UnpackTarget *target, const char *path, PlatFile *file);
+// Sets target up for path with file (its handle -1) and returns the sink that writes into it.
+// A failed write of the platform's file shows FILE_TEXT_WRITE with the path.
