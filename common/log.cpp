@@ -1,8 +1,9 @@
 // log.cpp - the run log: UTF-8 lines with their time.
-#include "log.h"
+#include "common/log.h"
 
-#include "cz.h"
-#include "file.h"
+#include "common/cz.h"
+#include "common/file.h"
+#include "common/st.h"
 
 #include <stdarg.h>
 #include <stdio.h>
@@ -33,7 +34,7 @@ Flag log_open(const char *path) {
   if (!path || !path[0] || strlen(path) >= KX_PATH) return 0;
   log_stream = file_open_new_binary(path);
   if (!log_stream) return 0;
-  strcpy(log_path, path);
+  st_put(log_path, sizeof log_path, path);
   return 1;
 }
 
@@ -74,7 +75,7 @@ void log_text(const char *text) {
   if (second != stamped || !stamp[0]) {
     time_t now = time(nullptr);
     struct tm *local = localtime(&now);
-    strcpy(stamp, "0000-00-00 00:00:00");
+    st_put(stamp, sizeof stamp, "0000-00-00 00:00:00");
     if (local) strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", local);
     stamped = second;
   }

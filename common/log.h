@@ -14,7 +14,7 @@
 #ifndef KX_LOG_H
 #define KX_LOG_H
 
-#include "co.h"
+#include "common/co.h"
 
 enum { LOG_LINE_SIZE = 2048 };  // a formatted line (Windows-1250) is cut at 2047 characters
 

@@ -163,8 +163,7 @@ static Flag write_to_console(const char *text) {
 // 1 when path lies in the directory tree (both Windows-1250, compared without case).
 static Flag inside_tree(const char *path, const char *tree) {
   char a[KX_PATH], b[KX_PATH];
-  strcpy(a, path);
-  strcpy(b, tree);
+  if (!st_put(a, sizeof a, path) || !st_put(b, sizeof b, tree)) return 0;
   cz_upper(a);
   cz_upper(b);
   for (char *c = a; *c; c++)
@@ -180,11 +179,7 @@ static Flag log_full_path(const char *given, char *path) {
   if (absolute || !plat_current_directory(here, KX_PATH)) here[0] = 0;
   size_t n = strlen(here);
   const char *slash = n && here[n - 1] != '\\' ? "\\" : "";
-  if (n + strlen(slash) + strlen(given) >= KX_PATH) return 0;
-  strcpy(path, here);
-  strcat(path, slash);
-  strcat(path, given);
-  return 1;
+  return st_join(path, KX_PATH, here, slash, given);
 }
 
 // The command line and the options in effect: those given, else the ones the dialog opens with

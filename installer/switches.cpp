@@ -90,12 +90,10 @@ Flag read_one(SetupSwitches *s, const char *argument) {
     return 1;
   }
   if (known->kind == SWITCH_FILE) {
-    if (strlen(value) > KX_PATH - 1) {
-      refuse(s, argument, "příliš dlouhá cesta");
-      return 0;
-    }
-    strcpy(s->log, value);
-    return 1;
+    if (st_put(s->log, sizeof s->log, value)) return 1;
+    s->log[0] = 0;
+    refuse(s, argument, "příliš dlouhá cesta");
+    return 0;
   }
   Flag target = same_name(body, length, "DIR");
   if (target && !(((value[0] | 0x20) >= 'a' && (value[0] | 0x20) <= 'z') && value[1] == ':')) {

@@ -2,6 +2,7 @@
 #include "installer/unatt.h"
 
 #include "common/log.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "installer/inst.h"
 #include "installer/switches.h"
@@ -181,8 +182,8 @@ Flag unatt_install(const SetupSwitches *switches, const char *program_path) {
   if (!state) return 0;
   InstallDialog sink = {nullptr, no_line, no_pump, no_front, nullptr, nullptr};
   inst_set_dialog(&sink);
-  if (switches->source[0]) strcpy(state->source_path, switches->source);
-  if (switches->target[0]) strcpy(state->target_path, switches->target);
+  if (switches->source[0]) st_put(state->source_path, KX_PATH, switches->source);
+  if (switches->target[0]) st_put(state->target_path, KX_PATH, switches->target);
   state->desktop_icon = switches->desktop != 0;
   Flag offered = quick_launch_offered(1);
   state->quick_launch_icon = offered && switches->quick_launch != 0;

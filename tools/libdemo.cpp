@@ -25,14 +25,14 @@ static void show_code_pages(void) {
   static const char sentence[] = "Žluťoučký kůň úpěl ďábelské ódy";
   printf("Code pages: \"%s\"\n", sentence);
   char text[64];
-  strcpy(text, sentence);
+  st_put(text, sizeof text, sentence);
   hex_line("WINDOWS", text);
   cz_convert(CZ_WINDOWS, CZ_KEYBCS2, text);
   hex_line("KEYBCS2", text);
-  strcpy(text, sentence);
+  st_put(text, sizeof text, sentence);
   cz_convert(CZ_WINDOWS, CZ_LATIN2, text);
   hex_line("LATIN2", text);
-  strcpy(text, sentence);
+  st_put(text, sizeof text, sentence);
   cz_convert(CZ_WINDOWS, CZ_ASCII, text);
   printf("  %-9s %s\n", "ASCII", text);
 }

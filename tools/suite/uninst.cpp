@@ -66,10 +66,12 @@ void remove_file(Walk *walk, const char *path) {
   log_line("Nelze smazat %s: %s", path, why);
   char line[KX_PATH + 220];
   snprintf(line, sizeof line, "%s (%s)\n", path, why);
+  // Room is kept for the "..." that says the text is cut.
   size_t used = strlen(counts->failed_text);
-  if (used + strlen(line) + 4 < sizeof counts->failed_text) strcat(counts->failed_text, line);
+  if (used + strlen(line) + 4 < sizeof counts->failed_text)
+    st_append(counts->failed_text, sizeof counts->failed_text, line);
   else if (used + 4 < sizeof counts->failed_text && !strstr(counts->failed_text, "..."))
-    strcat(counts->failed_text, "...");
+    st_append(counts->failed_text, sizeof counts->failed_text, "...");
 }
 
 // 1 when something went.
@@ -168,12 +170,10 @@ int16_t uninstall_run(const char *root, Flag ask, UninstallLater later, Uninstal
     return UNINSTALL_NO_LIST;
   }
   char list_path[KX_PATH];
-  st_put(list_path, sizeof list_path, root);
-  if (strlen(list_path) + strlen(ULST_NAME) >= sizeof list_path) {
+  if (!st_join(list_path, sizeof list_path, root, ULST_NAME)) {
     ErrorBoxF("Chybná cesta/soubor nenalezen: %s", root);
     return UNINSTALL_NO_LIST;
   }
-  strcat(list_path, ULST_NAME);
 
   Walk walk;
   memset(&walk, 0, sizeof walk);

@@ -14,6 +14,7 @@
 // Exit codes: 0 done, 1 list missing or unreadable, 2 the user said No, 3 some files could not
 // be deleted (uninst.h).
 #include "common/log.h"
+#include "common/st.h"
 #include "common/we.h"
 #include "installer/startup.h"
 #include "platform/inst_plat.h"
@@ -56,7 +57,7 @@ Flag delete_later(const char *path) {
 // The installation root: the directory above the program's own directory ("C:\KORV5\" for
 // "C:\KORV5\EXE\UNINSTAL.EXE").
 Flag installation_root(const char *program, char *root) {
-  lstrcpynA(root, program, KX_PATH);
+  st_put(root, KX_PATH, program);
   for (int level = 0; level < 2; level++) {
     char *last = strrchr(root, '\\');
     if (last == nullptr) return 0;
@@ -122,7 +123,7 @@ int main(int, char **) {
     else if (is_switch(argv[i], "LOG=", &rest) && rest[0]) log_given = rest;
   }
   char log_path[KX_PATH] = "";
-  if (log_given) lstrcpynA(log_path, log_given, sizeof log_path);
+  if (log_given) st_put(log_path, sizeof log_path, log_given);
   else if (silent_mode) log_temp_path("KORVEX-UNINSTAL.LOG", log_path, sizeof log_path);
   if (log_path[0]) log_open(log_path);
   WeReporter reporter = {nullptr, before, after, nullptr};
@@ -130,7 +131,7 @@ int main(int, char **) {
   uninstall_set_why(why_not_deleted);
 
   if (!plat_program_path(own_program, sizeof own_program)) {
-    lstrcpynA(own_program, argc > 0 && argv[0] != nullptr ? argv[0] : "", sizeof own_program);
+    st_put(own_program, sizeof own_program, argc > 0 && argv[0] != nullptr ? argv[0] : "");
   }
   log_line("UNINSTAL.EXE %s, %s", own_program,
            silent_mode ? "tichý režim"
