@@ -373,32 +373,31 @@ Flag DecompressBufferToFile(ZipUtil *zip, const void *data, uint32_t length, con
   return write_inflated(zip, file, &inflated);
 }
 
-Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
-                          uint32_t *out_length) {
+typedef Flag (*BufferRoad)(ZipUtil *, const void *, uint32_t, unsigned char **, uint32_t *);
+
+// The whole file read into memory, then the buffer road (packing or unpacking) over it.
+static Flag file_to_buffer(ZipUtil *zip, const char *file, unsigned char **out,
+                           uint32_t *out_length, BufferRoad road, int line) {
   if (!zip || !file || !out || !out_length || *out) {
-    InternalError(MODULE, __LINE__);
+    InternalError(MODULE, (int16_t)line);
     return 0;
   }
   unsigned char *data;
   uint32_t length;
   if (!read_whole_file(zip, file, &data, &length)) return 0;
-  Flag ok = CompressBuffer(zip, data, length, out, out_length);
+  Flag ok = road(zip, data, length, out, out_length);
   release(data, __LINE__);
   return ok;
 }
 
+Flag CompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
+                          uint32_t *out_length) {
+  return file_to_buffer(zip, file, out, out_length, CompressBuffer, __LINE__);
+}
+
 Flag DecompressFileToBuffer(ZipUtil *zip, const char *file, unsigned char **out,
                             uint32_t *out_length) {
-  if (!zip || !file || !out || !out_length || *out) {
-    InternalError(MODULE, __LINE__);
-    return 0;
-  }
-  unsigned char *data;
-  uint32_t length;
-  if (!read_whole_file(zip, file, &data, &length)) return 0;
-  Flag ok = DecompressBuffer(zip, data, length, out, out_length);
-  release(data, __LINE__);
-  return ok;
+  return file_to_buffer(zip, file, out, out_length, DecompressBuffer, __LINE__);
 }
 
 Flag CompressFile(ZipUtil *zip, const char *source, const char *target) {
