@@ -46,6 +46,18 @@ Flag append(char *buffer, int32_t size, int32_t *length, const char *text) {
   return 1;
 }
 
+// Appends a native path with its '/' turned into '\'; on overflow the buffer is emptied.
+Flag append_windows(char *buffer, int32_t size, int32_t *length, const char *native) {
+  for (const char *c = native; *c; c++) {
+    char one[2] = {*c == '/' ? '\\' : *c, 0};
+    if (!append(buffer, size, length, one)) {
+      buffer[0] = 0;
+      return 0;
+    }
+  }
+  return 1;
+}
+
 Flag drive_letter(const char *path, char *letter) {
   if (isalpha((unsigned char)path[0]) && path[1] == ':') {
     *letter = (char)toupper((unsigned char)path[0]);
@@ -239,14 +251,7 @@ Flag plat_current_directory(char *buffer, int32_t size) {
     buffer[0] = 0;
     return 0;
   }
-  for (const char *c = rest; *c; c++) {
-    char one[2] = {*c == '/' ? '\\' : *c, 0};
-    if (!append(buffer, size, &length, one)) {
-      buffer[0] = 0;
-      return 0;
-    }
-  }
-  return 1;
+  return append_windows(buffer, size, &length, rest);
 }
 
 Flag plat_move_file(const char *from, const char *to) {
@@ -401,12 +406,5 @@ Flag plat_program_path(char *buffer, int32_t size) {
   full[n] = 0;
   int32_t length = 0;
   if (!append(buffer, size, &length, "C:")) return 0;
-  for (const char *c = full; *c; c++) {
-    char one[2] = {*c == '/' ? '\\' : *c, 0};
-    if (!append(buffer, size, &length, one)) {
-      buffer[0] = 0;
-      return 0;
-    }
-  }
-  return 1;
+  return append_windows(buffer, size, &length, full);
 }
